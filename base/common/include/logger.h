@@ -1,0 +1,158 @@
+#pragma once
+
+// The log writer every diagnostic line of the library goes through.
+//
+//   QTU_LOG(4) << "theme manager missing, using " << name;
+//
+// The level is tested before anything else: when base::log::GetLogLevel() is below the
+// record's level no writer is built and no argument after QTU_LOG(...) is evaluated.
+// A record gathers its text in a per-thread buffer of 1024 characters; text beyond that
+// is dropped. The record reaches base::log::PrintLog when the statement ends.
+
+#include <cstddef>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <type_traits>
+
+#include "base/log/log.h"
+#include "base/threading/thread_local.h"
+
+// glibc's assertion reporter; declared here because <assert.h> hides it under NDEBUG, and the
+// length check must fire in release builds too.
+extern "C" void __assert_fail(const char* assertion, const char* file, unsigned int line,
+                              const char* function) noexcept __attribute__((__noreturn__));
+
+namespace base::log {
+
+/// The per-thread text buffer shared by all records of one thread, one after the other.
+/// Stored in base::threading::ThreadLocal under kLogStreamKey.
+struct LogStreamBuffer {
+  char* data;    // capacity + 1 bytes; data[length] is always 0
+  int capacity;  // 1024 for every buffer the writer makes
+  int length;
+};
+
+inline constexpr char kLogStreamKey[] = "base.log.stream";
+inline constexpr int kLogStreamCapacity = 1024;
+// The one level whose records are exempt from the length check.
+inline constexpr int kUnlimitedLogLevel = 7;
+
+inline LogStreamBuffer* NewLogStreamBuffer(int capacity) {
+  auto* buffer = new LogStreamBuffer;
+  buffer->data = new char[static_cast<size_t>(capacity) + 1]();
+  buffer->capacity = capacity;
+  buffer->length = 0;
+  return buffer;
+}
+
+inline void DeleteLogStreamBuffer(void* value) {
+  auto* buffer = static_cast<LogStreamBuffer*>(value);
+  delete[] buffer->data;
+  delete buffer;
+}
+
+/// Offset of the base name in a source path; evaluated by the compiler at each call site.
+constexpr size_t BaseNameOffset(const char* path) {
+  size_t offset = 0;
+  for (size_t i = 0; path[i] != '\0'; ++i) {
+    if (path[i] == '/' || path[i] == '\\') offset = i + 1;
+  }
+  return offset;
+}
+
+/// Swallows the writer expression so that QTU_LOG can be a single conditional expression
+/// (no dangling-else surprises when used under an unbraced if).
+struct LogVoidify {
+  template <typename T>
+  void operator&(T&&) const {}
+};
+
+}  // namespace base::log
+
+// The name is the framework's, shared with the client's other modules.
+class __logwriter {
+ public:
+  using Printer =
+      std::function<void(std::string&&, std::string&&, int, std::string&&, int, std::string&&)>;
+
+  __logwriter(int level, std::string&& file, int line, std::string&& function, Printer&& printer)
+      : buffer_(AttachBuffer()),
+        file_(std::move(file)),
+        function_(std::move(function)),
+        level_(level),
+        line_(line),
+        printer_(std::move(printer)) {}
+
+  __logwriter(const __logwriter&) = delete;
+  __logwriter& operator=(const __logwriter&) = delete;
+
+  virtual ~__logwriter() {
+    if (!printer_ || !buffer_) return;
+    buffer_->data[buffer_->length] = '\0';
+    std::string text(buffer_->data, static_cast<size_t>(buffer_->length));
+    buffer_->length = 0;
+    buffer_->data[0] = '\0';
+
+    if (level_ != base::log::kUnlimitedLogLevel &&
+        text.size() > static_cast<size_t>(base::log::kLogStreamCapacity)) {
+      if (base::log::GetCheckLogLength()) {
+        __assert_fail("false", __FILE__, __LINE__, __PRETTY_FUNCTION__);
+      }
+      text.resize(base::log::kLogStreamCapacity);
+    }
+    printer_(std::move(tag_), std::move(file_), line_, std::move(function_), level_,
+             std::move(text));
+  }
+
+  __logwriter& operator<<(const char* text) {
+    if (!text) return Append("nullptr", 7);
+    return Append(text, std::strlen(text));
+  }
+  __logwriter& operator<<(const std::string& text) { return Append(text.data(), text.size()); }
+  __logwriter& operator<<(int value) { return *this << std::to_string(value); }
+
+ private:
+  static base::log::LogStreamBuffer* AttachBuffer() {
+    using base::threading::ThreadLocal;
+    auto* buffer =
+        static_cast<base::log::LogStreamBuffer*>(ThreadLocal::GetValue(base::log::kLogStreamKey));
+    if (buffer) return buffer;
+    buffer = base::log::NewLogStreamBuffer(base::log::kLogStreamCapacity);
+    ThreadLocal::EnsureInitializedForCurrentThread();
+    ThreadLocal::SetValue(base::log::kLogStreamKey, buffer, base::log::DeleteLogStreamBuffer);
+    // Read it back: a thread that is already tearing down its store frees the buffer at once.
+    return static_cast<base::log::LogStreamBuffer*>(
+        ThreadLocal::GetValue(base::log::kLogStreamKey));
+  }
+
+  __logwriter& Append(const char* text, size_t size) {
+    if (!buffer_) return *this;
+    const size_t room = static_cast<size_t>(buffer_->capacity - buffer_->length);
+    const size_t n = size < room ? size : room;
+    std::memcpy(buffer_->data + buffer_->length, text, n);
+    buffer_->length += static_cast<int>(n);
+    buffer_->data[buffer_->length] = '\0';
+    return *this;
+  }
+
+  base::log::LogStreamBuffer* buffer_;
+  std::string file_;
+  std::string function_;
+  int level_;
+  int line_;
+  std::string tag_;
+  Printer printer_;
+};
+
+// Base name of the including source file, cut by the compiler.
+#define QTU_LOG_FILE_NAME \
+  (__FILE__ + std::integral_constant<size_t, ::base::log::BaseNameOffset(__FILE__)>::value)
+
+// QTU_LOG(level) << part << part...; see the top of this file.
+#define QTU_LOG(level)                                                                     \
+  !(::base::log::GetLogLevel() >= (level))                                                 \
+      ? (void)0                                                                            \
+      : ::base::log::LogVoidify() & ::__logwriter((level), std::string(QTU_LOG_FILE_NAME), \
+                                                  __LINE__, std::string(__func__),         \
+                                                  ::base::log::PrintLog)

@@ -1,0 +1,35 @@
+# qt_util_add_test(NAME <name> [SOURCES <extra sources>...] [LIBS <libraries>...]
+#                  [X11] [TIMEOUT <seconds>])
+#
+# Builds tests/tst_<name>.cpp (plus any extra sources) into the executable tst_<name>, links it
+# against qt_util, QtTest and the test support headers, and registers it with CTest.
+# Tests run on the offscreen platform; X11 runs them under xvfb-run with the xcb platform
+# instead, for the few that need a real X server (label "x11").
+function(qt_util_add_test)
+  cmake_parse_arguments(ARG "X11" "NAME;TIMEOUT" "SOURCES;LIBS" ${ARGN})
+  if(NOT ARG_NAME)
+    message(FATAL_ERROR "qt_util_add_test: NAME is required")
+  endif()
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  set(target tst_${ARG_NAME})
+  add_executable(${target} ${CMAKE_CURRENT_SOURCE_DIR}/tst_${ARG_NAME}.cpp ${ARG_SOURCES})
+  target_link_libraries(${target} PRIVATE qt_util Qt5::Test Qt5::Widgets ${ARG_LIBS})
+  target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+  target_compile_definitions(${target} PRIVATE
+    QT_UTIL_TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}/data")
+
+  if(ARG_X11)
+    add_test(NAME ${ARG_NAME}
+             COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:${target}>)
+    set(platform xcb)
+    set_tests_properties(${ARG_NAME} PROPERTIES LABELS x11)
+  else()
+    add_test(NAME ${ARG_NAME} COMMAND ${target})
+    set(platform offscreen)
+  endif()
+  set_tests_properties(${ARG_NAME} PROPERTIES
+    TIMEOUT ${ARG_TIMEOUT}
+    ENVIRONMENT "${QT_UTIL_TEST_ENVIRONMENT};QT_QPA_PLATFORM=${platform}")
+endfunction()

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "talvex_framework_export.h"
+
+namespace base::log {
+
+/// One log record as it reaches the sink.
+struct LogRecord {
+  std::string tag;
+  std::string file;
+  int line = 0;
+  std::string function;
+  int level = 0;
+  std::string text;
+};
+
+using LogSink = std::function<void(const LogRecord&)>;
+
+/// The current log level: a record of level L is written when GetLogLevel() >= L.
+/// Defaults to 4 (warnings). Lock-free; safe from any thread.
+TALVEX_FRAMEWORK_EXPORT int GetLogLevel();
+TALVEX_FRAMEWORK_EXPORT void SetLogLevel(int level);
+
+/// When true, a record longer than the writer's limit stops the process with a failed
+/// assertion instead of being cut. Defaults to false.
+TALVEX_FRAMEWORK_EXPORT bool GetCheckLogLength();
+TALVEX_FRAMEWORK_EXPORT void SetCheckLogLength(bool check);
+
+/// Hands one record to the current sink, on the calling thread. Sinks may be called from
+/// several threads at once; the default sink serialises its output itself.
+TALVEX_FRAMEWORK_EXPORT void PrintLog(std::string&& tag, std::string&& file, int line,
+                                      std::string&& function, int level, std::string&& text);
+
+/// Replaces the sink and returns the previous one. An empty sink restores the default,
+/// which writes one line per record to stderr:
+/// "<ISO time> <level> <thread id> <file>:<line> <function>| <text>".
+TALVEX_FRAMEWORK_EXPORT LogSink SetLogSink(LogSink sink);
+
+/// Formats a record the way the default sink writes it (without the trailing newline).
+TALVEX_FRAMEWORK_EXPORT std::string FormatLogLine(const LogRecord& record);
+
+}  // namespace base::log

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "qt_util/qt_util_export.h"
+
+namespace qt_util {
+
+/// The version of the loaded library ("1.0.0"), which may differ from the headers a client
+/// was built with; compare with QT_UTIL_VERSION_STRING to detect a mismatch.
+QT_UTIL_EXPORT const char* Version();
+
+}  // namespace qt_util
