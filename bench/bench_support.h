@@ -1,0 +1,59 @@
+#pragma once
+
+// Ratios against a baseline measured in the same run.
+//
+//   static void BM_Baseline(benchmark::State& state) {
+//     bench::LoopTimer timer(state);
+//     for (auto _ : state) { ... }
+//     timer.RecordBaseline("snprintf");
+//   }
+//   static void BM_Subject(benchmark::State& state) {
+//     bench::LoopTimer timer(state);
+//     for (auto _ : state) { ... }
+//     timer.ReportRatio("snprintf");   // adds the counter "x_snprintf" = subject / baseline
+//   }
+//   BENCHMARK(BM_Baseline); BENCHMARK(BM_Subject);   // baseline registered first
+//
+// The timer measures wall time per iteration of the loop it brackets, the same quantity
+// Google Benchmark reports as real time.
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <map>
+#include <string>
+
+namespace bench {
+
+inline std::map<std::string, double>& Baselines() {
+  static std::map<std::string, double> baselines;
+  return baselines;
+}
+
+class LoopTimer {
+ public:
+  explicit LoopTimer(benchmark::State& state)
+      : state_(state), start_(std::chrono::steady_clock::now()) {}
+
+  double NanosecondsPerIteration() const {
+    const auto elapsed = std::chrono::steady_clock::now() - start_;
+    const double iterations = state_.iterations() > 0 ? double(state_.iterations()) : 1.0;
+    return std::chrono::duration<double, std::nano>(elapsed).count() / iterations;
+  }
+
+  void RecordBaseline(const std::string& key) { Baselines()[key] = NanosecondsPerIteration(); }
+
+  // Per-item ratio: `items_per_iteration` lets a subject that does N units of work per
+  // iteration compare against a baseline that does M (pass N / M).
+  void ReportRatio(const std::string& key, double items_per_iteration = 1.0) {
+    const auto it = Baselines().find(key);
+    if (it == Baselines().end() || it->second <= 0) return;
+    state_.counters["x_" + key] = NanosecondsPerIteration() / items_per_iteration / it->second;
+  }
+
+ private:
+  benchmark::State& state_;
+  std::chrono::steady_clock::time_point start_;
+};
+
+}  // namespace bench
