@@ -1,0 +1,125 @@
+#pragma once
+
+#include <QColor>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+#include <functional>
+
+#include "qt_util/qt_util_export.h"
+
+/// The formatting sink that CHTMLParser writes into. The parser sets the public formatting
+/// fields directly as it meets formatting tags and calls the operations for structure, text,
+/// images and objects; the sink reads the fields when WriteText is called. Implemented by the
+/// client; the library ships no implementation. Operations are only called while the parser's
+/// output is enabled (outside <head>, and not after </body>).
+class QT_UTIL_EXPORT CParserOut {
+ public:
+  virtual ~CParserOut() = default;
+
+  // Formatting state at the next WriteText. The initial values are the defaults that a closing
+  // </font> restores.
+  QColor backgroundColor{QColor("white")};
+  bool bold = false;
+  bool italic = false;
+  bool smallCaps = false;
+  bool strikeOut = false;
+  bool superscript = false;
+  bool subscript = false;
+  bool inScript = false;  // text inside <script> is dropped by the parser while set
+  bool underline = false;
+  int fontSize = 9;
+  QString fontName{QStringLiteral("Tahoma")};
+  QColor textColor{QColor("black")};
+
+  virtual void BeginBulletList() = 0;
+  virtual void EndBulletList() = 0;
+  virtual void BulletItem() = 0;
+  /// `number` is always 1: the sink keeps its own count.
+  virtual void NumberedItem(int number) = 0;
+  virtual void EndNumberedList() = 0;
+  /// `alignment` is one of "Left", "Right", "Center", "Justify".
+  virtual void SetAlignment(const QString& alignment) = 0;
+  virtual void NewParagraph() = 0;
+  virtual void ResetParagraph() = 0;
+  virtual void LineBreak() = 0;
+  virtual void BeginRow() = 0;
+  virtual void EndRow() = 0;
+  /// `span` is always 1.
+  virtual void BeginCell(int span) = 0;
+  virtual void EndCell() = 0;
+  /// Called once per column right after BeginRow; `width` is always 2000.
+  virtual void AddColumn(int width) = 0;
+  /// Never called by the parser; kept so that sinks written against the full operation table
+  /// keep their layout. Does nothing unless a sink gives it a meaning of its own.
+  virtual void Reserved() {}
+  /// `text` is decoded (a few entities), trimmed, free of line breaks and never empty.
+  virtual void WriteText(const QString& text) = 0;
+  /// `source` is the lower-cased "src" attribute (empty when absent); `attributes` holds every
+  /// attribute of the tag, keys and values lower-cased, and always a "src" entry.
+  virtual void InsertImage(const QString& source, const QMap<QString, QString>& attributes) = 0;
+  /// `classId` is the "classid" attribute without its "clsid:" prefix.
+  virtual void InsertObject(const QString& classId, const QMap<QString, QString>& attributes) = 0;
+};
+
+/// Converts a fragment of rich-text HTML into calls on a CParserOut. Constructing the parser is
+/// the whole conversion; the object has no use afterwards. It is a flat, single-pass tag walker,
+/// not a DOM parser: unknown tags are ignored, unmatched and truncated tags are absorbed, and
+/// nothing is ever reported as an error. A null sink makes the conversion a no-op.
+/// Runs in time linear in the length of the input.
+class QT_UTIL_EXPORT CHTMLParser {
+ public:
+  /// Runs ProcessHTML(html) into `out` (not owned; must outlive the call).
+  CHTMLParser(const QString& html, CParserOut* out);
+
+  /// True when `html` holds an image, embed or object tag ("<img", "<IMG", "<image", "<IMAGE",
+  /// "<object", "<OBJECT", "<embed", "<EMBED", case-sensitive), i.e. when it is worth parsing
+  /// for more than its text.
+  static bool IsValidParser(const QString& html);
+
+  /// The main loop: comments out, then text runs and tags left to right. Nothing when the sink
+  /// is null.
+  void ProcessHTML(const QString& html);
+  /// Removes "<!-- ... -->" comments in place. Stops at the first "<!--" whose end marker comes
+  /// before it or is missing, and leaves the rest untouched.
+  void SimplifyHTML(QString& html);
+  /// Reads the tag at `pos` (which stands on "<"), dispatches it, and leaves `pos` behind it.
+  void ParseTagFromHTML(QString& html, int& pos);
+  /// Appends the raw tag at `pos` to `tag`: "<" and its text without the closing ">". A ">"
+  /// inside quotes does not end it. A tag that runs to the end of the text loses its last
+  /// character.
+  void GetTagFromHTML(QString& tag, const QString& html, int& pos);
+  /// Splits a raw tag into its table key (left in `tag`) and its argument text (left in `args`),
+  /// and parses the attributes into the attribute map.
+  void ProcessArg(QString& args, QString& tag);
+  /// Decodes and emits one text run, then empties it.
+  void WriteText(QString& text);
+
+  /// Always black, whatever `value` holds.
+  QColor ParseColor(QString value);
+  void ProcessUl(bool isClose);
+  void ProcessOl(bool isClose);
+  void ProcessLi(bool isClose);
+  void ProcessDiv(bool isClose);
+  void ProcessDivAlign(const QString& value);
+  /// Restores the most recently set font attribute to its default.
+  void ProcessFont();
+  void ProcessTrCols(bool isClose, const QString& value);
+  void ProcessTr(bool isClose);
+  void ProcessTd(bool isClose);
+  /// Not reachable from a conversion: the tag table routes "object" to ProcessTd.
+  void ProcessObject(bool isClose);
+
+ private:
+  void ParseAttributes(const QString& args);
+  void BuildHandlers();
+
+  CParserOut* output;
+  QStringList fontAttributes;
+  bool inUnorderedList = false;
+  bool inOrderedList = false;
+  bool keepAttributes = false;
+  QMap<QString, QString> attributes;
+  QMap<QString, std::function<void(QString&, bool)>> handlers;
+  bool outputEnabled = true;
+};
