@@ -37,9 +37,10 @@ def to_ns(value, unit):
 def table(path):
     with open(path) as f:
         data = json.load(f)
+    # Repeated runs report aggregates; keep the median. Single runs report iterations only.
+    aggregated = any(b.get("run_type") == "aggregate" for b in data["benchmarks"])
     rows = [b for b in data["benchmarks"]
-            if b.get("aggregate_name", "median") == "median" and b.get("run_type") != "iteration"
-            or "aggregate_name" not in b]
+            if not aggregated or b.get("aggregate_name") == "median"]
     lines = ["| Benchmark | Real time | CPU time | Throughput | Ratios |", "|---|---|---|---|---|"]
     for b in rows:
         name = b.get("run_name", b["name"])
