@@ -1,0 +1,152 @@
+#pragma once
+
+// Custom events of the client and the dispatcher that defers work to the Qt event loop.
+//
+// Every event-type number below is taken from QEvent::registerEventType while the library
+// loads, so all modules of the client agree on them without passing them around.
+
+#include <QEvent>
+#include <functional>
+#include <memory>
+#include <set>
+
+#include "qt_util/qt_util_export.h"
+
+class QObject;
+class QWidget;
+
+namespace base::variant {
+class Variant;
+}
+
+/// A QEvent that carries an optional destroy callback and a shared copy of a Variant.
+///
+/// `callback` runs exactly once, when the event is destroyed: after delivery when Qt deletes a
+/// posted event, or when an undelivered event goes away with its receiver. An exception out of
+/// the callback ends the process.
+class QT_UTIL_EXPORT CustomEvent : public QEvent {
+ public:
+  explicit CustomEvent(QEvent::Type type);
+  ~CustomEvent() override;
+
+  /// Replaces `params` with a private copy of `*params`; nullptr clears them.
+  void SetParams(const base::variant::Variant* params);
+
+  std::function<void()> callback;
+  std::shared_ptr<base::variant::Variant> params;
+};
+
+/// Sent synchronously by CustomEventUtils::CompressPostEvent to announce a layout request.
+/// Its params map holds "compress_event_type", "compress_event" and "receiver".
+class QT_UTIL_EXPORT CompressCustomEvent : public CustomEvent {
+ public:
+  CompressCustomEvent();
+  static int EventType;
+};
+
+/// Posted by CustomEventUtils::DeleteObjectLater; deletes its receiver if still pending.
+class QT_UTIL_EXPORT CustomDeleteEvent : public CustomEvent {
+ public:
+  CustomDeleteEvent();
+  static int EventType;
+};
+
+/// Posted by CustomEventUtils::ActivateWidgetLater; activates its receiver's window.
+class QT_UTIL_EXPORT ActivateWidgetEvent : public CustomEvent {
+ public:
+  ActivateWidgetEvent();
+  static int EventType;
+};
+
+/// Posted by CustomEventUtils::DelayAction. Destroying it never runs `action`: only delivery
+/// does.
+class QT_UTIL_EXPORT DelayActionEvent : public QEvent {
+ public:
+  explicit DelayActionEvent(std::function<void()> action);
+  ~DelayActionEvent() override;
+
+  std::function<void()> action;
+
+  static int EventType;
+};
+
+// Type numbers of application events whose classes live in other modules of the client. Only
+// the numbers are kept here, so that every module reads the same ones.
+
+class QT_UTIL_EXPORT ApplicationDeactiveEvent {
+ public:
+  static int EventType;
+  static QEvent::Type QEventType() { return static_cast<QEvent::Type>(EventType); }
+};
+
+class QT_UTIL_EXPORT NativeMouseDownEvent {
+ public:
+  static int EventType;
+  static QEvent::Type QEventType() { return static_cast<QEvent::Type>(EventType); }
+};
+
+class QT_UTIL_EXPORT DisableLayoutEvent {
+ public:
+  static int EventType;
+};
+
+class QT_UTIL_EXPORT InmeetingAddImageToInput {
+ public:
+  static int EventType;
+};
+
+class QT_UTIL_EXPORT MagnifyWithEvent {
+ public:
+  static int EventType;
+};
+
+class QT_UTIL_EXPORT NativeKeyBroadReleaseEvent {
+ public:
+  static int EventType;
+};
+
+class QT_UTIL_EXPORT FloatSwitchBarVisibleChangeBeginEndEvent {
+ public:
+  static int EventType;
+};
+
+class QT_UTIL_EXPORT WindowWillMiniaturizeEvent {
+ public:
+  static int EventType;
+};
+
+/// Defers deletions, window activations and arbitrary actions to the event loop.
+///
+/// The events are handled by one callback hooked into Qt's event delivery, ahead of the
+/// receiver, every event filter and any QApplication::notify override. Call
+/// InitCustomEventHandler once a QApplication exists; before that the deferring functions only
+/// log "custom event handler didn't init". Meant for the thread that runs the main event loop.
+class QT_UTIL_EXPORT CustomEventUtils {
+ public:
+  /// Hooks the dispatcher into Qt's event delivery; later calls do nothing. Returns whether the
+  /// dispatcher is installed (false, with a log line, when Qt refused it).
+  static bool InitCustomEventHandler();
+
+  /// The hook itself: `data` is {receiver, event, bool* result}. Returns true when the event
+  /// was one of ours and is handled (then `*data[2]` is the delivery's result).
+  static bool CustomEventHandler(void** data);
+
+  /// Deletes `object` from the event loop unless something else destroys it first. Asking
+  /// twice still deletes once. Null is ignored.
+  static void DeleteObjectLater(QObject* object);
+
+  /// Activates the window of `widget` from the event loop.
+  static void ActivateWidgetLater(QWidget* widget);
+
+  /// Runs `action` on `context`'s thread from the event loop; never when `context` dies first.
+  /// A null context or an empty action does nothing.
+  static void DelayAction(QObject* context, std::function<void()> action);
+
+  /// Tells `receiver` synchronously about a layout request with a CompressCustomEvent; never
+  /// merges anything itself. Always returns false and sets `result` to false, except that a
+  /// null `event` or `receiver` leaves `result` alone.
+  static bool CompressPostEvent(QEvent* event, QObject* receiver, bool& result);
+
+  /// Objects with a deletion on the way that still exist. Never null.
+  static std::set<QObject*>* PendingDeleteListInstance();
+};
