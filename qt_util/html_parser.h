@@ -71,6 +71,8 @@ class QT_UTIL_EXPORT CHTMLParser {
  public:
   /// Runs ProcessHTML(html) into `out` (not owned; must outlive the call).
   CHTMLParser(const QString& html, CParserOut* out);
+  CHTMLParser(const CHTMLParser&) = delete;
+  CHTMLParser& operator=(const CHTMLParser&) = delete;
 
   /// True when `html` holds an image, embed or object tag ("<img", "<IMG", "<image", "<IMAGE",
   /// "<object", "<OBJECT", "<embed", "<EMBED", case-sensitive), i.e. when it is worth parsing
@@ -87,7 +89,7 @@ class QT_UTIL_EXPORT CHTMLParser {
   void ParseTagFromHTML(QString& html, int& pos);
   /// Appends the raw tag at `pos` to `tag`: "<" and its text without the closing ">". A ">"
   /// inside quotes does not end it. A tag that runs to the end of the text loses its last
-  /// character.
+  /// character. A `pos` outside the text appends nothing and moves `pos` to the end.
   void GetTagFromHTML(QString& tag, const QString& html, int& pos);
   /// Splits a raw tag into its table key (left in `tag`) and its argument text (left in `args`),
   /// and parses the attributes into the attribute map.
@@ -113,6 +115,8 @@ class QT_UTIL_EXPORT CHTMLParser {
  private:
   void ParseAttributes(const QString& args);
   void BuildHandlers();
+  // The sink while output is enabled, else null: every sink operation goes through here.
+  CParserOut* EnabledOutput() const { return outputEnabled ? output : nullptr; }
 
   CParserOut* output;
   QStringList fontAttributes;

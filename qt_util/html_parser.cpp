@@ -1,0 +1,462 @@
+#include "qt_util/html_parser.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// The parser reads a character past the end in two places (a "<" that ends the text, index 1
+// of a one-character tag); a Qt string yields NUL there, and so does this, without touching
+// memory outside the string.
+inline QChar CharAt(const QString& text, int index) {
+  return index >= 0 && index < text.size() ? text.at(index) : QChar();
+}
+
+inline bool IsQuote(QChar c) {
+  return c == QLatin1Char('"') || c == QLatin1Char('\'');
+}
+
+inline bool MatchesAt(const QChar* data, int size, int index, QLatin1String needle) {
+  if (index < 0 || index + needle.size() > size) return false;
+  for (int k = 0; k < needle.size(); ++k) {
+    if (data[index + k] != QLatin1Char(needle.at(k))) return false;
+  }
+  return true;
+}
+
+// Replaces every occurrence of `needle`, left to right and without rescanning what was put in,
+// by one character. Same result as QString::replace, but in a single pass: QString::replace
+// moves the whole tail once per 1024 hits, which is quadratic on a long run full of entities.
+void ReplaceAll(QString& text, QLatin1String needle, QChar replacement) {
+  const int first = text.indexOf(needle);
+  if (first < 0) return;
+  const int size = text.size();
+  QChar* data = text.data();
+  int out = first;
+  int in = first;
+  while (in < size) {
+    if (data[in] == QLatin1Char(needle.at(0)) && MatchesAt(data, size, in, needle)) {
+      data[out++] = replacement;
+      in += needle.size();
+    } else {
+      data[out++] = data[in++];
+    }
+  }
+  text.resize(out);
+}
+
+// `^["']+` then `["']+$`, without a regular expression: both patterns rescan the quote run from
+// every start position, which is quadratic on a value made of quotes.
+QString StripQuotes(const QString& value) {
+  int begin = 0;
+  int end = value.size();
+  while (begin < end && IsQuote(value.at(begin))) ++begin;
+  while (end > begin && IsQuote(value.at(end - 1))) --end;
+  return value.mid(begin, end - begin);
+}
+
+}  // namespace
+
+CHTMLParser::CHTMLParser(const QString& html, CParserOut* out) : output(out) {
+  ProcessHTML(html);
+}
+
+bool CHTMLParser::IsValidParser(const QString& html) {
+  static const char* const kNeedles[] = {"<IMG",    "<img",    "<image", "<IMAGE",
+                                         "<object", "<OBJECT", "<embed", "<EMBED"};
+  for (const char* needle : kNeedles) {
+    if (html.contains(QLatin1String(needle))) return true;
+  }
+  return false;
+}
+
+void CHTMLParser::ProcessHTML(const QString& html) {
+  if (!output) return;
+  QString copy = html;
+  SimplifyHTML(copy);
+  inUnorderedList = false;
+  inOrderedList = false;
+  keepAttributes = false;
+  attributes.clear();
+
+  QString text;
+  int pos = 0;
+  const int size = copy.size();
+  while (pos < size) {
+    if (copy.at(pos) != QLatin1Char('<')) {
+      // Only a tag can change inScript, so one test per run of text is as good as one per
+      // character.
+      int next = copy.indexOf(QLatin1Char('<'), pos);
+      if (next < 0) next = size;
+      if (!output->inScript) text.append(copy.constData() + pos, next - pos);
+      pos = next;
+    } else {
+      WriteText(text);
+      ParseTagFromHTML(copy, pos);
+    }
+  }
+  WriteText(text);
+}
+
+void CHTMLParser::SimplifyHTML(QString& html) {
+  // Removing a comment and searching again from the start is quadratic on text with many
+  // comments. Instead the text is kept as a finished prefix data[0, kept) followed by the unread
+  // rest data[rest, size). Neither "<!--" nor "-->" lies wholly inside the finished prefix (it
+  // is the part in front of the first "<!--", and the first "-->" comes after that), so a search
+  // from the start can begin a few characters before the prefix ends, where a removal may have
+  // joined a new marker. Each round consumes the text it searched, so the whole is linear and
+  // the result is the same as with the repeated whole-string search.
+  static const QLatin1String kOpen("<!--");
+  static const QLatin1String kClose("-->");
+  const int size = html.size();
+  const QChar* data = html.constData();
+  int kept = 0;
+  int rest = 0;
+  bool removed = false;
+
+  auto logicalAt = [&](int k) { return k < kept ? data[k] : data[rest + (k - kept)]; };
+  auto find = [&](QLatin1String needle) {
+    const int logicalSize = kept + (size - rest);
+    for (int k = std::max(0, kept - (int(needle.size()) - 1)); k < kept; ++k) {
+      if (k + needle.size() > logicalSize) return -1;
+      bool match = true;
+      for (int j = 0; j < needle.size() && match; ++j) {
+        match = logicalAt(k + j) == QLatin1Char(needle.at(j));
+      }
+      if (match) return k;
+    }
+    const int found = html.indexOf(needle, rest);
+    return found < 0 ? -1 : kept + (found - rest);
+  };
+
+  for (;;) {
+    const int s = find(kOpen);
+    if (s < 0) break;
+    const int e = find(kClose);
+    if (e < 0 || e <= s + 3) break;
+    if (!removed) {
+      removed = true;
+      data = html.data();  // detach before writing into the buffer
+    }
+    QChar* buffer = const_cast<QChar*>(data);
+    const int nextRest = rest + (e + 3 - kept);
+    if (s > kept) std::copy(buffer + rest, buffer + rest + (s - kept), buffer + kept);
+    kept = s;
+    rest = nextRest;
+  }
+  if (!removed) return;
+  QChar* buffer = const_cast<QChar*>(data);
+  std::copy(buffer + rest, buffer + size, buffer + kept);
+  html.resize(kept + (size - rest));
+}
+
+void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
+  if (!keepAttributes) attributes.clear();
+  QString raw;
+  GetTagFromHTML(raw, html, pos);
+
+  QString tag = raw;
+  bool isClose = false;
+  if (CharAt(tag, 1) == QLatin1Char('/')) {
+    isClose = true;
+    tag = tag.mid(1);
+  }
+  QString args;
+  ProcessArg(args, tag);
+  tag = tag.toLower();
+
+  if (handlers.isEmpty()) BuildHandlers();
+  const auto handler = handlers.constFind(tag);
+  if (handler != handlers.constEnd()) (*handler)(args, isClose);
+}
+
+void CHTMLParser::GetTagFromHTML(QString& tag, const QString& html, int& pos) {
+  const int size = html.size();
+  if (pos < 0 || pos >= size) {
+    pos = size;
+    return;
+  }
+  const int start = pos;
+  QChar c = CharAt(html, pos++);
+  std::vector<QChar> quotes;
+  for (;;) {
+    if (IsQuote(c)) {
+      if (!quotes.empty() && quotes.back() == c) {
+        quotes.pop_back();
+      } else {
+        quotes.push_back(c);
+      }
+    }
+    c = CharAt(html, pos++);
+    if (quotes.empty() && c == QLatin1Char('>')) break;
+    if (pos >= size) break;
+  }
+  // Every character read before the last one was appended; the last one (the ">", or the final
+  // character of a tag that runs to the end) was not.
+  const int end = std::min(pos - 1, size);
+  tag.append(html.constData() + start, end - start);
+}
+
+void CHTMLParser::ProcessArg(QString& args, QString& tag) {
+  const int space = tag.indexOf(QLatin1Char(' '));
+  if (space < 0) {
+    tag = tag.mid(1);
+    return;
+  }
+  args = tag.mid(space + 1);
+  ReplaceAll(args, QLatin1String("\r\n"), QLatin1Char(' '));
+  ParseAttributes(args);
+
+  const int quote = args.indexOf(QLatin1Char('"'));
+  if (quote < 0 && !args.isEmpty() && args.endsWith(QLatin1Char('/'))) {
+    // Cuts a fixed " /" and the "<": "<br /" gives "br", "<font color /" gives "font color",
+    // which is how the attribute-keyed entries of the table are reached.
+    args.clear();
+    tag = tag.mid(1, std::max(0, int(tag.size()) - 3));
+  } else {
+    if (quote >= 0) args.truncate(quote);
+    tag = tag.mid(1, std::max(0, space - 1));
+  }
+}
+
+void CHTMLParser::ParseAttributes(const QString& args) {
+  const int size = args.size();
+  int p = 0;
+  // Appends the space-separated piece at p and moves p behind its space (-1 when none is left).
+  auto appendPiece = [&](QString& token) {
+    if (p < 0 || p >= size) {
+      p = -1;
+      return;
+    }
+    const int space = args.indexOf(QLatin1Char(' '), p);
+    if (space < 0) {
+      token.append(args.constData() + p, size - p);
+      p = -1;
+    } else {
+      token.append(args.constData() + p, space - p);
+      p = space + 1;
+    }
+  };
+
+  QString token;
+  do {
+    token.clear();
+    appendPiece(token);
+    // A piece that does not end in a quote is joined with the next one, so that quoted values
+    // with spaces stay whole (and an unquoted value swallows the pieces after it).
+    while (p > 1 && !IsQuote(args.at(p - 2))) {
+      token.append(QLatin1Char(' '));
+      appendPiece(token);
+    }
+    const int equals = token.indexOf(QLatin1Char('='));
+    if (equals >= 0) {
+      const QString key = token.left(equals).trimmed().toLower();
+      attributes.insert(key, StripQuotes(token.mid(equals + 1).trimmed()).toLower());
+    }
+  } while (!token.isEmpty() && p >= 0);
+}
+
+void CHTMLParser::WriteText(QString& text) {
+  if (text.isEmpty()) return;
+  QString decoded = text.trimmed();
+  decoded.remove(QLatin1Char('\r'));
+  decoded.remove(QLatin1Char('\n'));
+  if (decoded.contains(QLatin1Char('&'))) {
+    // "&amp;" goes before the others, so "&amp;lt;" ends as "<".
+    ReplaceAll(decoded, QLatin1String("&nbsp;"), QLatin1Char(' '));
+    ReplaceAll(decoded, QLatin1String("&amp;"), QLatin1Char('&'));
+    ReplaceAll(decoded, QLatin1String("&lt;"), QLatin1Char('<'));
+    ReplaceAll(decoded, QLatin1String("&gt;"), QLatin1Char('>'));
+    ReplaceAll(decoded, QLatin1String("&quot;"), QLatin1Char('"'));
+    ReplaceAll(decoded, QLatin1String("&#39;"), QLatin1Char('\''));
+  }
+  if (!decoded.isEmpty()) {
+    if (CParserOut* out = EnabledOutput()) out->WriteText(decoded);
+  }
+  text.clear();
+}
+
+QColor CHTMLParser::ParseColor(QString value) {
+  // Colour attributes are deliberately not honoured: chat text keeps the reader's colours.
+  Q_UNUSED(value);
+  return QColor(Qt::black);
+}
+
+void CHTMLParser::ProcessUl(bool isClose) {
+  CParserOut* out = EnabledOutput();
+  if (isClose) {
+    if (out) out->EndBulletList();
+    inUnorderedList = false;
+  } else {
+    if (out) out->BeginBulletList();
+    inUnorderedList = true;
+  }
+}
+
+void CHTMLParser::ProcessOl(bool isClose) {
+  if (isClose) {
+    if (CParserOut* out = EnabledOutput()) out->EndNumberedList();
+    inOrderedList = false;
+  } else {
+    inOrderedList = true;
+  }
+}
+
+void CHTMLParser::ProcessLi(bool isClose) {
+  CParserOut* out = EnabledOutput();
+  if (!out) return;
+  if (isClose) {
+    out->NewParagraph();
+  } else if (inUnorderedList) {
+    out->BulletItem();
+  } else if (inOrderedList) {
+    out->NumberedItem(1);
+  }
+}
+
+void CHTMLParser::ProcessDiv(bool isClose) {
+  if (isClose) return;
+  if (CParserOut* out = EnabledOutput()) out->NewParagraph();
+}
+
+void CHTMLParser::ProcessDivAlign(const QString& value) {
+  CParserOut* out = EnabledOutput();
+  if (!out) return;
+  auto is = [&value](const char* name) {
+    return value.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
+  };
+  if (is("right")) {
+    out->SetAlignment(QStringLiteral("Right"));
+  } else if (is("center")) {
+    out->SetAlignment(QStringLiteral("Center"));
+  } else if (is("justify")) {
+    out->SetAlignment(QStringLiteral("Justify"));
+  } else {
+    out->SetAlignment(QStringLiteral("Left"));
+  }
+}
+
+void CHTMLParser::ProcessFont() {
+  if (fontAttributes.isEmpty()) return;
+  const QString name = fontAttributes.takeLast();
+  if (!output) return;
+  auto is = [&name](const char* attribute) {
+    return name.compare(QLatin1String(attribute), Qt::CaseInsensitive) == 0;
+  };
+  if (is("color")) {
+    output->textColor = QColor(Qt::black);
+  } else if (is("bgcolor")) {
+    output->backgroundColor = QColor(Qt::white);
+  } else if (is("size")) {
+    output->fontSize = 9;
+  } else if (is("name")) {
+    output->fontName = QStringLiteral("Tahoma");
+  }
+}
+
+void CHTMLParser::ProcessTrCols(bool isClose, const QString& value) {
+  if (isClose) return;
+  CParserOut* out = EnabledOutput();
+  if (!out) return;
+  out->BeginRow();
+  const int columns = value.toInt(nullptr, 10);
+  for (int i = 1; i <= columns; ++i) out->AddColumn(2000);
+}
+
+void CHTMLParser::ProcessTr(bool isClose) {
+  if (!isClose) return;
+  if (CParserOut* out = EnabledOutput()) out->EndRow();
+}
+
+void CHTMLParser::ProcessTd(bool isClose) {
+  CParserOut* out = EnabledOutput();
+  if (!out) return;
+  if (isClose) {
+    out->EndCell();
+  } else {
+    out->BeginCell(1);
+  }
+}
+
+void CHTMLParser::ProcessObject(bool isClose) {
+  if (!isClose) {
+    keepAttributes = true;
+    return;
+  }
+  keepAttributes = false;
+  const auto classIdIt = attributes.constFind(QStringLiteral("classid"));
+  if (classIdIt == attributes.constEnd()) return;
+  QString classId = *classIdIt;
+  if (classId.startsWith(QLatin1String("clsid:"))) classId.remove(0, 6);
+  if (CParserOut* out = EnabledOutput()) out->InsertObject(classId, attributes);
+}
+
+void CHTMLParser::BuildHandlers() {
+  using Handler = std::function<void(QString&, bool)>;
+  auto flag = [this](bool CParserOut::*field) -> Handler {
+    return [this, field](QString&, bool isClose) {
+      if (output) output->*field = !isClose;
+    };
+  };
+  auto call = [this](void (CParserOut::*operation)()) -> Handler {
+    return [this, operation](QString&, bool) {
+      if (CParserOut* out = EnabledOutput()) (out->*operation)();
+    };
+  };
+  const Handler image = [this](QString&, bool) {
+    const QString source = attributes[QStringLiteral("src")];
+    if (CParserOut* out = EnabledOutput()) out->InsertImage(source, attributes);
+  };
+
+  handlers.insert(QStringLiteral("font bgcolor"), [this](QString& args, bool) {
+    if (output) output->backgroundColor = ParseColor(args);
+    fontAttributes.append(QStringLiteral("bgcolor"));
+  });
+  handlers.insert(QStringLiteral("ul"), [this](QString&, bool isClose) { ProcessUl(isClose); });
+  handlers.insert(QStringLiteral("ol"), [this](QString&, bool isClose) { ProcessOl(isClose); });
+  handlers.insert(QStringLiteral("li"), [this](QString&, bool isClose) { ProcessLi(isClose); });
+  handlers.insert(QStringLiteral("b"), flag(&CParserOut::bold));
+  handlers.insert(QStringLiteral("font size"), [this](QString& args, bool) {
+    if (output) output->fontSize = args.toInt(nullptr, 10);
+    fontAttributes.append(QStringLiteral("size"));
+  });
+  handlers.insert(QStringLiteral("font name"), [this](QString& args, bool) {
+    if (output) output->fontName = args;
+    fontAttributes.append(QStringLiteral("name"));
+  });
+  handlers.insert(QStringLiteral("font color"), [this](QString& args, bool) {
+    if (output) output->textColor = ParseColor(args);
+    fontAttributes.append(QStringLiteral("color"));
+  });
+  handlers.insert(QStringLiteral("img"), image);
+  handlers.insert(QStringLiteral("image"), image);
+  handlers.insert(QStringLiteral("embed"), image);
+  handlers.insert(QStringLiteral("v:imagedata"), image);
+  handlers.insert(QStringLiteral("i"), flag(&CParserOut::italic));
+  handlers.insert(QStringLiteral("sc"), flag(&CParserOut::smallCaps));
+  handlers.insert(QStringLiteral("strike"), flag(&CParserOut::strikeOut));
+  handlers.insert(QStringLiteral("div align"),
+                  [this](QString& args, bool) { ProcessDivAlign(args); });
+  handlers.insert(QStringLiteral("center"), [this](QString&, bool) {
+    if (CParserOut* out = EnabledOutput()) out->SetAlignment(QStringLiteral("Center"));
+  });
+  handlers.insert(QStringLiteral("sub"), flag(&CParserOut::subscript));
+  handlers.insert(QStringLiteral("sup"), flag(&CParserOut::superscript));
+  handlers.insert(QStringLiteral("script"), flag(&CParserOut::inScript));
+  handlers.insert(QStringLiteral("u"), flag(&CParserOut::underline));
+  handlers.insert(QStringLiteral("div"), [this](QString&, bool isClose) { ProcessDiv(isClose); });
+  handlers.insert(QStringLiteral("pard"), call(&CParserOut::ResetParagraph));
+  handlers.insert(QStringLiteral("br"), call(&CParserOut::LineBreak));
+  handlers.insert(QStringLiteral("font"), [this](QString&, bool) { ProcessFont(); });
+  handlers.insert(QStringLiteral("table"), call(&CParserOut::NewParagraph));
+  handlers.insert(QStringLiteral("tr cols"),
+                  [this](QString& args, bool isClose) { ProcessTrCols(isClose, args); });
+  handlers.insert(QStringLiteral("tr"), [this](QString&, bool isClose) { ProcessTr(isClose); });
+  handlers.insert(QStringLiteral("td"), [this](QString&, bool isClose) { ProcessTd(isClose); });
+  // Objects are laid out as a table cell on purpose; ProcessObject stays out of the table.
+  handlers.insert(QStringLiteral("object"), [this](QString&, bool isClose) { ProcessTd(isClose); });
+  handlers.insert(QStringLiteral("param"), [](QString&, bool) {});
+  handlers.insert(QStringLiteral("head"), [this](QString&, bool) { outputEnabled = false; });
+  handlers.insert(QStringLiteral("body"),
+                  [this](QString&, bool isClose) { outputEnabled = !isClose; });
+}
