@@ -1,0 +1,186 @@
+// The event path of the whole application: what the library adds to every event Qt delivers,
+// and what deferred work costs next to Qt's own way of deferring it. Each section registers its
+// benchmarks with their baselines first; main at the end is shared by all sections.
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QEvent>
+#include <QMetaObject>
+#include <QObject>
+#include <memory>
+#include <vector>
+
+#include "bench_support.h"
+#include "qt_util/custom_event_util.h"
+
+namespace {
+
+// ---------------------------------------------------------------------------------------------
+// Shared set-up
+// ---------------------------------------------------------------------------------------------
+
+// Makes `callback` (or nothing) the only notify hook of the library's while it lives, so every
+// case measures the hook it names whatever ran before it. The dispatcher, installed by main,
+// comes back afterwards.
+class NotifyHookScope {
+ public:
+  explicit NotifyHookScope(qInternalCallback callback) : callback_(callback) {
+    dispatcher_was_hooked_ = QInternal::unregisterCallback(QInternal::EventNotifyCallback,
+                                                           &CustomEventUtils::CustomEventHandler);
+    if (callback_) QInternal::registerCallback(QInternal::EventNotifyCallback, callback_);
+  }
+  ~NotifyHookScope() {
+    if (callback_) QInternal::unregisterCallback(QInternal::EventNotifyCallback, callback_);
+    if (dispatcher_was_hooked_) {
+      QInternal::registerCallback(QInternal::EventNotifyCallback,
+                                  &CustomEventUtils::CustomEventHandler);
+    }
+  }
+  NotifyHookScope(const NotifyHookScope&) = delete;
+  NotifyHookScope& operator=(const NotifyHookScope&) = delete;
+
+ private:
+  qInternalCallback callback_;
+  bool dispatcher_was_hooked_ = false;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Event-notify path: a foreign event sent to a plain object
+// ---------------------------------------------------------------------------------------------
+
+// What a hand-written hook doing the dispatcher's three comparisons costs: the floor for the
+// library's own hook.
+bool MinimalNotifyHook(void** data) {
+  const int type = static_cast<QEvent*>(data[1])->type();
+  if (type == CustomDeleteEvent::EventType || type == ActivateWidgetEvent::EventType ||
+      type == DelayActionEvent::EventType) {
+    *static_cast<bool*>(data[2]) = true;
+    return true;
+  }
+  return false;
+}
+
+void SendForeignEvents(benchmark::State& state) {
+  QObject receiver;
+  QEvent event(QEvent::User);
+  for (auto _ : state) {
+    bool handled = QCoreApplication::sendEvent(&receiver, &event);
+    benchmark::DoNotOptimize(handled);
+  }
+}
+
+void BM_SendEvent_NoHook(benchmark::State& state) {
+  NotifyHookScope hooks(nullptr);
+  bench::LoopTimer timer(state);
+  SendForeignEvents(state);
+  timer.RecordBaseline("no_hook");
+}
+
+void BM_SendEvent_MinimalHook(benchmark::State& state) {
+  NotifyHookScope hooks(&MinimalNotifyHook);
+  bench::LoopTimer timer(state);
+  SendForeignEvents(state);
+  timer.RecordBaseline("minimal_hook");
+  timer.ReportRatio("no_hook");
+}
+
+void BM_SendEvent_Dispatcher(benchmark::State& state) {
+  NotifyHookScope hooks(&CustomEventUtils::CustomEventHandler);
+  bench::LoopTimer timer(state);
+  SendForeignEvents(state);
+  timer.ReportRatio("minimal_hook");
+  timer.ReportRatio("no_hook");
+}
+
+BENCHMARK(BM_SendEvent_NoHook);
+BENCHMARK(BM_SendEvent_MinimalHook);
+BENCHMARK(BM_SendEvent_Dispatcher);
+
+// ---------------------------------------------------------------------------------------------
+// Posted work: deferred actions and deletions, 100,000 per iteration, posted then delivered
+// ---------------------------------------------------------------------------------------------
+
+constexpr int kPostedBatch = 100000;
+
+void BM_InvokeMethodQueued(benchmark::State& state) {
+  QObject context;
+  int runs = 0;
+  bench::LoopTimer timer(state);
+  for (auto _ : state) {
+    for (int i = 0; i < kPostedBatch; ++i) {
+      QMetaObject::invokeMethod(
+          &context, [&runs] { ++runs; }, Qt::QueuedConnection);
+    }
+    QCoreApplication::sendPostedEvents(nullptr, 0);
+  }
+  timer.RecordBaseline("invokeMethod");
+  state.SetItemsProcessed(state.iterations() * kPostedBatch);
+  if (runs != kPostedBatch * int(state.iterations())) state.SkipWithError("actions lost");
+}
+
+void BM_DelayAction(benchmark::State& state) {
+  QObject context;
+  int runs = 0;
+  bench::LoopTimer timer(state);
+  for (auto _ : state) {
+    for (int i = 0; i < kPostedBatch; ++i)
+      CustomEventUtils::DelayAction(&context, [&runs] { ++runs; });
+    QCoreApplication::sendPostedEvents(nullptr, 0);
+  }
+  timer.ReportRatio("invokeMethod");
+  state.SetItemsProcessed(state.iterations() * kPostedBatch);
+  if (runs != kPostedBatch * int(state.iterations())) state.SkipWithError("actions lost");
+}
+
+// Both deletion cases create their objects inside the timed loop, the same way, so the ratio
+// compares the whole life of a deferred deletion.
+std::vector<QObject*> MakeObjects() {
+  std::vector<QObject*> objects(kPostedBatch);
+  for (auto& object : objects) object = new QObject;
+  return objects;
+}
+
+void BM_DeleteLater(benchmark::State& state) {
+  bench::LoopTimer timer(state);
+  for (auto _ : state) {
+    for (QObject* object : MakeObjects()) object->deleteLater();
+    // Outside a running loop Qt delivers deferred deletions only when asked for them by type.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+  timer.RecordBaseline("deleteLater");
+  state.SetItemsProcessed(state.iterations() * kPostedBatch);
+}
+
+void BM_DeleteObjectLater(benchmark::State& state) {
+  bench::LoopTimer timer(state);
+  for (auto _ : state) {
+    for (QObject* object : MakeObjects()) CustomEventUtils::DeleteObjectLater(object);
+    QCoreApplication::sendPostedEvents(nullptr, 0);
+  }
+  timer.ReportRatio("deleteLater");
+  state.SetItemsProcessed(state.iterations() * kPostedBatch);
+  if (!CustomEventUtils::PendingDeleteListInstance()->empty()) state.SkipWithError("not deleted");
+}
+
+BENCHMARK(BM_InvokeMethodQueued)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DelayAction)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DeleteLater)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DeleteObjectLater)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Shared main: one offscreen application for every section, with the dispatcher installed as a
+// client would install it.
+// ---------------------------------------------------------------------------------------------
+
+int main(int argc, char** argv) {
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication app(argc, argv);
+  if (!CustomEventUtils::InitCustomEventHandler()) return 1;
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
