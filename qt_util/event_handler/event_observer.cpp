@@ -1,0 +1,71 @@
+#include "qt_util/event_handler/event_observer.h"
+
+#include <set>
+
+#include "base/common/include/logger.h"
+#include "qt_util/event_handler/event_observer_p.h"
+
+namespace {
+
+// The only owner of every observer. Erasing an observer destroys it, and with it (as their
+// context object) both of its destroyed-connections.
+std::set<std::shared_ptr<EventObserver>> g_observers;
+
+void Unregister(EventObserver* observer) {
+  // The temporary from shared_from_this keeps the observer alive until the statement ends,
+  // so the erase never runs on a half-destroyed object.
+  g_observers.erase(observer->shared_from_this());
+}
+
+}  // namespace
+
+EventObserver::EventObserver() = default;
+
+EventObserver::~EventObserver() = default;
+
+bool EventObserver::eventFilter(QObject* watched, QEvent* event) {
+  if (!callback) return QObject::eventFilter(watched, event);
+  // A callback may destroy the listener (or delete another object that ends the listening):
+  // the observer then leaves the registry mid-call, and must outlive this frame.
+  const std::shared_ptr<EventObserver> self = shared_from_this();
+  ++running_;
+  const bool consumed = callback(watched, event);
+  if (--running_ == 0) released_ = nullptr;
+  return consumed || QObject::eventFilter(watched, event);
+}
+
+void EventObserver::ReleaseCallback() {
+  if (running_ > 0) released_ = std::move(callback);
+  callback = nullptr;
+}
+
+void QtEventObserver::ListenEvent(QObject* target, QObject* listener,
+                                  std::function<bool(QObject*, QEvent*)> callback) {
+  if (!target || !listener) {
+    QTU_LOG(1) << "ListenEvent: null " << (target ? "listener" : "target");
+    return;
+  }
+  auto observer = std::make_shared<EventObserver>();
+  if (callback) {
+    EventObserver* raw = observer.get();
+    raw->callback = std::move(callback);
+    target->installEventFilter(raw);
+    QObject::connect(target, &QObject::destroyed, raw, [target, raw] {
+      target->removeEventFilter(raw);
+      Unregister(raw);
+    });
+    QObject::connect(listener, &QObject::destroyed, raw, [raw] {
+      raw->ReleaseCallback();
+      Unregister(raw);
+    });
+  }
+  g_observers.insert(std::move(observer));
+}
+
+namespace qt_util::internal {
+
+std::size_t EventObserverCount() {
+  return g_observers.size();
+}
+
+}  // namespace qt_util::internal

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QObject>
+#include <cstdint>
+#include <memory>
+
+#include "qt_util/qt_util_export.h"
+
+/// The place where the client's platform layer announces display, DPI and work-area changes.
+/// Nothing in this library emits the three signals: the platform layer emits them on the GUI
+/// thread, at once or after `delay` milliseconds as the EnableAsyn settings ask.
+class QT_UTIL_EXPORT MonitorEventObserver : public QObject {
+  Q_OBJECT
+
+ public:
+  explicit MonitorEventObserver(QObject* parent = nullptr);
+  ~MonitorEventObserver() override;
+
+  /// Records how the platform layer should deliver the signals; returns `async`.
+  bool EnableAsyn(bool async, int delay);
+
+  /// The settings last given to EnableAsyn (true and 0 until then), for the platform layer.
+  bool IsAsync() const { return async; }
+  int Delay() const { return delay; }
+
+ signals:
+  void NotifyDisplayChange();
+  void NotifyDpiChanged();
+  void NotifySettingWorkAreaChange();
+
+ private:
+  struct SharedState;
+
+  bool async = true;
+  int32_t delay = 0;
+  // Reserved for the platform layer's delivery bookkeeping; empty in this library.
+  std::shared_ptr<SharedState> state_;
+};
