@@ -1,7 +1,9 @@
 #include "qt_util/html_parser.h"
 
+#include <QStringView>
+#include <QVarLengthArray>
 #include <algorithm>
-#include <vector>
+#include <cstdint>
 
 namespace {
 
@@ -24,11 +26,23 @@ inline bool MatchesAt(const QChar* data, int size, int index, QLatin1String need
   return true;
 }
 
+// First index >= from where `needle` starts, or -1. Looks for the first character with the
+// vectorised single-character search; QString::indexOf(QLatin1String) converts the needle to
+// UTF-16 on the heap at every call.
+int FindLatin1(const QString& text, int from, QLatin1String needle) {
+  const QChar head = QLatin1Char(needle.at(0));
+  for (int at = text.indexOf(head, from); at >= 0; at = text.indexOf(head, at + 1)) {
+    if (at + needle.size() > text.size()) return -1;
+    if (MatchesAt(text.constData(), text.size(), at, needle)) return at;
+  }
+  return -1;
+}
+
 // Replaces every occurrence of `needle`, left to right and without rescanning what was put in,
 // by one character. Same result as QString::replace, but in a single pass: QString::replace
 // moves the whole tail once per 1024 hits, which is quadratic on a long run full of entities.
 void ReplaceAll(QString& text, QLatin1String needle, QChar replacement) {
-  const int first = text.indexOf(needle);
+  const int first = FindLatin1(text, 0, needle);
   if (first < 0) return;
   const int size = text.size();
   QChar* data = text.data();
@@ -45,14 +59,78 @@ void ReplaceAll(QString& text, QLatin1String needle, QChar replacement) {
   text.resize(out);
 }
 
-// `^["']+` then `["']+$`, without a regular expression: both patterns rescan the quote run from
-// every start position, which is quadratic on a value made of quotes.
-QString StripQuotes(const QString& value) {
-  int begin = 0;
-  int end = value.size();
-  while (begin < end && IsQuote(value.at(begin))) ++begin;
-  while (end > begin && IsQuote(value.at(end - 1))) --end;
-  return value.mid(begin, end - begin);
+// The lower-cased text of `view` without surrounding white space (as QString::trimmed) and,
+// when `stripQuotes` is set, then without leading and trailing quote characters: `^["']+` and
+// `["']+$` done by hand, since both patterns rescan a quote run from every start position, which
+// is quadratic on a value made of quotes.
+QString TrimmedLower(QStringView view, bool stripQuotes) {
+  view = view.trimmed();
+  if (stripQuotes) {
+    while (!view.isEmpty() && IsQuote(view.front())) view = view.mid(1);
+    while (!view.isEmpty() && IsQuote(view.back())) view.chop(1);
+  }
+  return view.toString().toLower();
+}
+
+// The span of the raw tag at `pos` (which stands on "<"): html[begin, end) holds "<" and the tag
+// text without the closing ">". A ">" inside quotes does not end the tag; quotes nest as a
+// stack. A tag that runs to the end of the text loses its last character. `pos` is left behind
+// the last character read.
+// The open quotes of a tag, one bit each: a tag full of alternating quotes pushes one entry per
+// character, and a bit keeps that stack at a sixteenth of the text it comes from.
+class QuoteStack {
+ public:
+  bool IsEmpty() const { return depth_ == 0; }
+  QChar Top() const {
+    const size_t i = depth_ - 1;
+    return (bits_[i / 64] >> (i % 64)) & 1 ? QLatin1Char('"') : QLatin1Char('\'');
+  }
+  void Push(QChar quote) {
+    if (depth_ / 64 == size_t(bits_.size())) bits_.push_back(0);
+    const uint64_t mask = uint64_t(1) << (depth_ % 64);
+    if (quote == QLatin1Char('"')) {
+      bits_[depth_ / 64] |= mask;
+    } else {
+      bits_[depth_ / 64] &= ~mask;
+    }
+    ++depth_;
+  }
+  void Pop() { --depth_; }
+
+ private:
+  QVarLengthArray<uint64_t, 4> bits_;
+  size_t depth_ = 0;
+};
+
+struct TagSpan {
+  int begin;
+  int end;
+};
+
+TagSpan ReadTag(const QString& html, int& pos) {
+  const int size = html.size();
+  if (pos < 0 || pos >= size) {
+    pos = size;
+    return {size, size};
+  }
+  const int begin = pos;
+  QChar c = CharAt(html, pos++);
+  QuoteStack quotes;
+  for (;;) {
+    if (IsQuote(c)) {
+      if (!quotes.IsEmpty() && quotes.Top() == c) {
+        quotes.Pop();
+      } else {
+        quotes.Push(c);
+      }
+    }
+    c = CharAt(html, pos++);
+    if (quotes.IsEmpty() && c == QLatin1Char('>')) break;
+    if (pos >= size) break;
+  }
+  // Every character read before the last one belongs to the tag; the last one (the ">", or the
+  // final character of a tag that runs to the end) does not.
+  return {begin, std::min(pos - 1, size)};
 }
 
 }  // namespace
@@ -79,23 +157,29 @@ void CHTMLParser::ProcessHTML(const QString& html) {
   keepAttributes = false;
   attributes.clear();
 
-  QString text;
+  // The text buffer is emptied at every "<", so it only ever holds one run of characters
+  // between two tags; it is kept as a span of the copy instead of being copied out.
+  // Only a tag can change inScript, so one test per run is as good as one per character.
+  int textBegin = 0;
+  int textEnd = 0;
   int pos = 0;
   const int size = copy.size();
   while (pos < size) {
     if (copy.at(pos) != QLatin1Char('<')) {
-      // Only a tag can change inScript, so one test per run of text is as good as one per
-      // character.
       int next = copy.indexOf(QLatin1Char('<'), pos);
       if (next < 0) next = size;
-      if (!output->inScript) text.append(copy.constData() + pos, next - pos);
+      if (!output->inScript) {
+        textBegin = pos;
+        textEnd = next;
+      }
       pos = next;
     } else {
-      WriteText(text);
+      EmitText(QStringView(copy.constData() + textBegin, textEnd - textBegin));
+      textBegin = textEnd = 0;
       ParseTagFromHTML(copy, pos);
     }
   }
-  WriteText(text);
+  EmitText(QStringView(copy.constData() + textBegin, textEnd - textBegin));
 }
 
 void CHTMLParser::SimplifyHTML(QString& html) {
@@ -125,7 +209,7 @@ void CHTMLParser::SimplifyHTML(QString& html) {
       }
       if (match) return k;
     }
-    const int found = html.indexOf(needle, rest);
+    const int found = FindLatin1(html, rest, needle);
     return found < 0 ? -1 : kept + (found - rest);
   };
 
@@ -152,18 +236,15 @@ void CHTMLParser::SimplifyHTML(QString& html) {
 
 void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
   if (!keepAttributes) attributes.clear();
-  QString raw;
-  GetTagFromHTML(raw, html, pos);
+  const TagSpan raw = ReadTag(html, pos);
 
-  QString tag = raw;
-  bool isClose = false;
-  if (CharAt(tag, 1) == QLatin1Char('/')) {
-    isClose = true;
-    tag = tag.mid(1);
-  }
+  // A closing tag loses its "<"; the "/" stays in front for ProcessArg to cut.
+  const bool isClose = raw.end - raw.begin > 1 && html.at(raw.begin + 1) == QLatin1Char('/');
+  const int skip = isClose ? 1 : 0;
+  QString tag(html.constData() + raw.begin + skip, raw.end - raw.begin - skip);
   QString args;
   ProcessArg(args, tag);
-  tag = tag.toLower();
+  tag = std::move(tag).toLower();
 
   if (handlers.isEmpty()) BuildHandlers();
   const auto handler = handlers.constFind(tag);
@@ -171,36 +252,14 @@ void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
 }
 
 void CHTMLParser::GetTagFromHTML(QString& tag, const QString& html, int& pos) {
-  const int size = html.size();
-  if (pos < 0 || pos >= size) {
-    pos = size;
-    return;
-  }
-  const int start = pos;
-  QChar c = CharAt(html, pos++);
-  std::vector<QChar> quotes;
-  for (;;) {
-    if (IsQuote(c)) {
-      if (!quotes.empty() && quotes.back() == c) {
-        quotes.pop_back();
-      } else {
-        quotes.push_back(c);
-      }
-    }
-    c = CharAt(html, pos++);
-    if (quotes.empty() && c == QLatin1Char('>')) break;
-    if (pos >= size) break;
-  }
-  // Every character read before the last one was appended; the last one (the ">", or the final
-  // character of a tag that runs to the end) was not.
-  const int end = std::min(pos - 1, size);
-  tag.append(html.constData() + start, end - start);
+  const TagSpan raw = ReadTag(html, pos);
+  tag.append(html.constData() + raw.begin, raw.end - raw.begin);
 }
 
 void CHTMLParser::ProcessArg(QString& args, QString& tag) {
   const int space = tag.indexOf(QLatin1Char(' '));
   if (space < 0) {
-    tag = tag.mid(1);
+    tag.remove(0, 1);
     return;
   }
   args = tag.mid(space + 1);
@@ -212,53 +271,62 @@ void CHTMLParser::ProcessArg(QString& args, QString& tag) {
     // Cuts a fixed " /" and the "<": "<br /" gives "br", "<font color /" gives "font color",
     // which is how the attribute-keyed entries of the table are reached.
     args.clear();
-    tag = tag.mid(1, std::max(0, int(tag.size()) - 3));
+    tag.truncate(std::max(0, int(tag.size()) - 2));
   } else {
     if (quote >= 0) args.truncate(quote);
-    tag = tag.mid(1, std::max(0, space - 1));
+    tag.truncate(space);
   }
+  tag.remove(0, 1);
 }
 
 void CHTMLParser::ParseAttributes(const QString& args) {
+  // Pieces are separated by single spaces, and joining pieces puts back exactly the space that
+  // separated them, so every token is the span args[begin, end) and is never copied.
   const int size = args.size();
+  const QChar* data = args.constData();
   int p = 0;
-  // Appends the space-separated piece at p and moves p behind its space (-1 when none is left).
-  auto appendPiece = [&](QString& token) {
+  // End of the space-separated piece at p; moves p behind its space, or to -1 when none is left.
+  auto pieceEnd = [&]() {
     if (p < 0 || p >= size) {
       p = -1;
-      return;
+      return size;
     }
     const int space = args.indexOf(QLatin1Char(' '), p);
     if (space < 0) {
-      token.append(args.constData() + p, size - p);
       p = -1;
-    } else {
-      token.append(args.constData() + p, space - p);
-      p = space + 1;
+      return size;
     }
+    p = space + 1;
+    return space;
   };
 
-  QString token;
+  int begin = 0;
+  int end = 0;
   do {
-    token.clear();
-    appendPiece(token);
+    begin = p < 0 ? size : std::min(p, size);
+    end = pieceEnd();
     // A piece that does not end in a quote is joined with the next one, so that quoted values
     // with spaces stay whole (and an unquoted value swallows the pieces after it).
-    while (p > 1 && !IsQuote(args.at(p - 2))) {
-      token.append(QLatin1Char(' '));
-      appendPiece(token);
-    }
-    const int equals = token.indexOf(QLatin1Char('='));
+    while (p > 1 && !IsQuote(data[p - 2])) end = pieceEnd();
+    const QStringView token(data + begin, end - begin);
+    const auto equals = token.indexOf(QLatin1Char('='));
     if (equals >= 0) {
-      const QString key = token.left(equals).trimmed().toLower();
-      attributes.insert(key, StripQuotes(token.mid(equals + 1).trimmed()).toLower());
+      attributes.insert(TrimmedLower(token.left(equals), false),
+                        TrimmedLower(token.mid(equals + 1), true));
     }
-  } while (!token.isEmpty() && p >= 0);
+  } while (end > begin && p >= 0);
 }
 
 void CHTMLParser::WriteText(QString& text) {
   if (text.isEmpty()) return;
-  QString decoded = text.trimmed();
+  EmitText(text);
+  text.clear();
+}
+
+void CHTMLParser::EmitText(QStringView text) {
+  text = text.trimmed();
+  if (text.isEmpty()) return;
+  QString decoded = text.toString();
   decoded.remove(QLatin1Char('\r'));
   decoded.remove(QLatin1Char('\n'));
   if (decoded.contains(QLatin1Char('&'))) {
@@ -270,10 +338,8 @@ void CHTMLParser::WriteText(QString& text) {
     ReplaceAll(decoded, QLatin1String("&quot;"), QLatin1Char('"'));
     ReplaceAll(decoded, QLatin1String("&#39;"), QLatin1Char('\''));
   }
-  if (!decoded.isEmpty()) {
-    if (CParserOut* out = EnabledOutput()) out->WriteText(decoded);
-  }
-  text.clear();
+  if (decoded.isEmpty()) return;
+  if (CParserOut* out = EnabledOutput()) out->WriteText(decoded);
 }
 
 QColor CHTMLParser::ParseColor(QString value) {

@@ -4,6 +4,7 @@
 #include <QMap>
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 #include <functional>
 
 #include "qt_util/qt_util_export.h"
@@ -114,6 +115,7 @@ class QT_UTIL_EXPORT CHTMLParser {
 
  private:
   void ParseAttributes(const QString& args);
+  void EmitText(QStringView text);
   void BuildHandlers();
   // The sink while output is enabled, else null: every sink operation goes through here.
   CParserOut* EnabledOutput() const { return outputEnabled ? output : nullptr; }

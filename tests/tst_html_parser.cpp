@@ -67,6 +67,7 @@ class tst_HtmlParser : public QObject {
   void tagName_isLowerCased();
   void tag_quotedGreaterThan_doesNotEndTag();
   void tag_nestedQuotes_innerMustCloseFirst();
+  void tag_deepQuoteNesting_closesInReverseOrder();
   void tag_unterminatedAtEnd_losesLastCharacter();
   void tag_loneLessThanAtEnd_readsNul();
   void tag_crlfInsideTag();
@@ -319,6 +320,17 @@ void tst_HtmlParser::tag_nestedQuotes_innerMustCloseFirst() {
   // Matched inner quotes close first and the tag ends where expected.
   QCOMPARE(Convert("<img alt=\"a'b'\" src=x.png>y"),
            QStringList({"InsertImage(\"x.png\", {alt=a'b, src=x.png})", Text("y")}));
+}
+
+void tst_HtmlParser::tag_deepQuoteNesting_closesInReverseOrder() {
+  // 300 alternating quotes all push; only the mirror sequence closes them again.
+  const QString open = QString("\"'").repeated(150);
+  const QString close = QString("'\"").repeated(150);
+  QCOMPARE(Convert("<img alt=" + open + close + " src=x>y"),
+           QStringList({"InsertImage(\"x\", {alt=, src=x})", Text("y")}));
+  // One quote short, the tag runs to the end of the text (and loses the final "z").
+  QCOMPARE(Convert("<img alt=" + open + close.mid(1) + " src=x>y<br>z"),
+           QStringList{"InsertImage(\"x>y<br>\", {alt=, src=x>y<br>})"});
 }
 
 void tst_HtmlParser::tag_unterminatedAtEnd_losesLastCharacter() {

@@ -1,0 +1,246 @@
+// HTML conversion into a sink that only counts, beside Qt's own HTML import of the same text
+// (QTextDocument::setHtml) in the same run, and the same conversion at 4x and 16x the size to
+// show that the time per byte stays flat. Comment-heavy input and a few adversarial shapes
+// (long attribute lists, long entity-laden text, deep nesting, many unknown tags) are measured
+// at 1x and 16x for the same reason.
+//
+// Counters: x_setHtml = parser time / setHtml time on the same text (below 1 is faster);
+// x_<shape>_1x = time per byte at this size / time per byte at 1x (1.0 is perfectly linear).
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QTextDocument>
+#include <cstdint>
+#include <map>
+
+#include "bench_support.h"
+#include "qt_util/html_parser.h"
+
+namespace {
+
+class CountingSink : public CParserOut {
+ public:
+  int64_t calls = 0;
+  int64_t characters = 0;
+
+  void BeginBulletList() override { ++calls; }
+  void EndBulletList() override { ++calls; }
+  void BulletItem() override { ++calls; }
+  void NumberedItem(int) override { ++calls; }
+  void EndNumberedList() override { ++calls; }
+  void SetAlignment(const QString&) override { ++calls; }
+  void NewParagraph() override { ++calls; }
+  void ResetParagraph() override { ++calls; }
+  void LineBreak() override { ++calls; }
+  void BeginRow() override { ++calls; }
+  void EndRow() override { ++calls; }
+  void BeginCell(int) override { ++calls; }
+  void EndCell() override { ++calls; }
+  void AddColumn(int) override { ++calls; }
+  void WriteText(const QString& text) override {
+    ++calls;
+    characters += text.size();
+  }
+  void InsertImage(const QString&, const QMap<QString, QString>&) override { ++calls; }
+  void InsertObject(const QString&, const QMap<QString, QString>&) override { ++calls; }
+};
+
+// Small deterministic generator, so every run converts the same text.
+class Random {
+ public:
+  explicit Random(uint32_t seed) : state_(seed) {}
+  uint32_t Next(uint32_t bound) {
+    state_ = state_ * 1664525u + 1013904223u;
+    return (state_ >> 8) % bound;
+  }
+
+ private:
+  uint32_t state_;
+};
+
+const char* const kWords[] = {"meeting", "agenda", "slides", "share", "screen", "audio",
+                              "video",   "thanks", "team",   "notes", "review", "budget",
+                              "launch",  "today",  "call",   "link",  "ok",     "next"};
+
+QString Words(Random& random, int count) {
+  QString text;
+  for (int i = 0; i < count; ++i) {
+    if (i) text += ' ';
+    text += kWords[random.Next(sizeof kWords / sizeof *kWords)];
+  }
+  return text;
+}
+
+// One chat message the way the client's panel sends them: a paragraph with a sender, styled
+// text, entities, and now and then a list, a table or an emoji image.
+void AppendMessage(QString& html, Random& random, int index, bool withComments) {
+  if (withComments) html += QString("<!-- message %1 from panel -->").arg(index);
+  html += "<div align=\"left\"><font face=\"Segoe UI\" size=\"3\" color=\"#202020\"><b>";
+  html += Words(random, 2);
+  html += "</b>: ";
+  switch (random.Next(6)) {
+    case 0:
+      html += "<ul><li>" + Words(random, 4) + "</li><li><i>" + Words(random, 3) +
+              "</i> &amp; more</li></ul>";
+      break;
+    case 1:
+      html += "<table><tr><td>" + Words(random, 2) + "</td><td>" + Words(random, 2) +
+              "</td></tr></table>";
+      break;
+    case 2:
+      html += Words(random, 5) + " <img src=\"emoji/smile.png\" width=\"16\" height=\"16\"> " +
+              Words(random, 2);
+      break;
+    case 3:
+      html += "<ol><li>" + Words(random, 3) + "</li><li>" + Words(random, 3) + "</li></ol>";
+      break;
+    default:
+      html += Words(random, 8) + " &lt;" + Words(random, 1) + "&gt; &nbsp;<u>" + Words(random, 2) +
+              "</u>";
+      break;
+  }
+  if (withComments) html += "<!-- end -->";
+  html += "</font></div><br>\r\n";
+}
+
+QString ChatHtml(int bytes, bool withComments) {
+  QString html;
+  html.reserve(bytes + 1024);
+  html += "<html><head><title>chat</title></head><body>\r\n";
+  Random random(7);
+  for (int i = 0; html.size() < bytes; ++i) AppendMessage(html, random, i, withComments);
+  html += "</body></html>";
+  return html;
+}
+
+QString Repeat(const QString& unit, int bytes) {
+  QString text;
+  text.reserve(bytes + unit.size());
+  while (text.size() < bytes) text += unit;
+  return text;
+}
+
+constexpr int kChatBytes = 2 * 1024 * 1024;
+constexpr int kShapeBytes = 1024 * 1024;
+
+enum Shape {
+  kChat,
+  kComments,
+  kLongAttributeList,
+  kLongEntityText,
+  kDeepNesting,
+  kUnknownTags,
+  kQuoteRuns
+};
+
+const char* ShapeName(int shape) {
+  switch (shape) {
+    case kChat:
+      return "chat";
+    case kComments:
+      return "comments";
+    case kLongAttributeList:
+      return "attributes";
+    case kLongEntityText:
+      return "entities";
+    case kDeepNesting:
+      return "nesting";
+    case kUnknownTags:
+      return "unknown_tags";
+    default:
+      return "quotes";
+  }
+}
+
+QString MakeInput(int shape, int scale) {
+  switch (shape) {
+    case kChat:
+      return ChatHtml(kChatBytes * scale, false);
+    case kComments:
+      return ChatHtml(kChatBytes * scale, true);
+    case kLongAttributeList:
+      // One tag whose unquoted value swallows every following piece.
+      return "<img src=a.png " + Repeat("data-x=Value ", kShapeBytes * scale) + ">";
+    case kLongEntityText:
+      return Repeat("a &amp;lt; b&nbsp;", kShapeBytes * scale);
+    case kDeepNesting:
+      return Repeat("<ul><li><b><font size />", kShapeBytes * scale / 2) + "x" +
+             Repeat("</font></b></li></ul>", kShapeBytes * scale / 2);
+    case kUnknownTags:
+      return Repeat("<x-unknown-tag a=\"1\">t", kShapeBytes * scale);
+    default:
+      // An attribute value of alternating quotes: the quote stack grows with the input.
+      return "<img alt=" + Repeat("\"'", kShapeBytes * scale / 2) + ">";
+  }
+}
+
+const QString& Input(int shape, int scale) {
+  static std::map<std::pair<int, int>, QString> cache;
+  auto it = cache.find({shape, scale});
+  if (it == cache.end())
+    it = cache.emplace(std::make_pair(shape, scale), MakeInput(shape, scale)).first;
+  return it->second;
+}
+
+void BM_Baseline_QTextDocumentSetHtml(benchmark::State& state) {
+  const QString& html = Input(kChat, 1);
+  bench::LoopTimer timer(state);
+  for (auto _ : state) {
+    QTextDocument document;
+    document.setHtml(html);
+    benchmark::DoNotOptimize(document.characterCount());
+  }
+  timer.RecordBaseline("setHtml");
+  state.SetBytesProcessed(state.iterations() * html.size());
+}
+
+void BM_Parse(benchmark::State& state) {
+  const int shape = int(state.range(0));
+  const int scale = int(state.range(1));
+  const QString& html = Input(shape, scale);
+  CountingSink sink;
+  bench::LoopTimer timer(state);
+  for (auto _ : state) {
+    CHTMLParser parser(html, &sink);
+    benchmark::DoNotOptimize(sink.calls);
+  }
+  const std::string key = std::string(ShapeName(shape)) + "_1x";
+  if (scale == 1) {
+    timer.RecordBaseline(key);
+    if (shape == kChat) timer.ReportRatio("setHtml");
+  } else {
+    timer.ReportRatio(key, scale);
+  }
+  state.SetBytesProcessed(state.iterations() * html.size());
+  state.counters["calls"] = double(sink.calls) / double(state.iterations());
+  state.SetLabel(ShapeName(shape));
+}
+
+void ChatAndComments(benchmark::internal::Benchmark* b) {
+  for (int shape : {kChat, kComments}) {
+    for (int scale : {1, 4, 16}) b->Args({shape, scale});
+  }
+}
+
+void Adversarial(benchmark::internal::Benchmark* b) {
+  for (int shape : {kLongAttributeList, kLongEntityText, kDeepNesting, kUnknownTags, kQuoteRuns}) {
+    for (int scale : {1, 4, 16}) b->Args({shape, scale});
+  }
+}
+
+}  // namespace
+
+BENCHMARK(BM_Baseline_QTextDocumentSetHtml)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Parse)->Apply(ChatAndComments)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Parse)->Apply(Adversarial)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+int main(int argc, char** argv) {
+  // QTextDocument lays out with real fonts; the offscreen platform needs no display.
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
