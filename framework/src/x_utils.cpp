@@ -1,0 +1,107 @@
+#include "x_utils/x_utils.h"
+
+#include <xcb/xcb.h>
+
+#include <QWidget>
+#include <QX11Info>
+#include <cstring>
+
+namespace x_utils {
+namespace {
+
+// EWMH: how a _NET_WM_STATE client message says what to do with the listed states.
+constexpr uint32_t kNetWmStateRemove = 0;
+constexpr uint32_t kNetWmStateAdd = 1;
+// EWMH source indication: a normal application.
+constexpr uint32_t kSourceApplication = 1;
+
+xcb_atom_t InternAtom(xcb_connection_t* connection, const char* name) {
+  const auto cookie =
+      xcb_intern_atom(connection, 0, static_cast<uint16_t>(std::strlen(name)), name);
+  xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(connection, cookie, nullptr);
+  if (!reply) return XCB_ATOM_NONE;
+  const xcb_atom_t atom = reply->atom;
+  free(reply);
+  return atom;
+}
+
+struct StateAtoms {
+  xcb_atom_t state = XCB_ATOM_NONE;
+  xcb_atom_t above = XCB_ATOM_NONE;
+};
+
+// Atoms live as long as the X server; they are looked up again only when Qt's connection
+// changes (a new QGuiApplication).
+StateAtoms GetStateAtoms(xcb_connection_t* connection) {
+  static xcb_connection_t* cached_for = nullptr;
+  static StateAtoms cached;
+  if (cached_for != connection || cached.state == XCB_ATOM_NONE || cached.above == XCB_ATOM_NONE) {
+    cached.state = InternAtom(connection, "_NET_WM_STATE");
+    cached.above = InternAtom(connection, "_NET_WM_STATE_ABOVE");
+    cached_for = connection;
+  }
+  return cached;
+}
+
+// Qt's connection when the application runs on X11, else null.
+xcb_connection_t* X11Connection() {
+  if (!QX11Info::isPlatformX11()) return nullptr;
+  return QX11Info::connection();
+}
+
+// The X window of a shown top-level widget, or 0.
+xcb_window_t MappedWindow(const QWidget* top_level) {
+  if (!top_level->isVisible()) return 0;
+  return static_cast<xcb_window_t>(top_level->internalWinId());
+}
+
+}  // namespace
+
+void SetStayOnTop(const QWidget* window, bool on_top) {
+  if (!window) return;
+  xcb_connection_t* connection = X11Connection();
+  if (!connection) return;
+  const QWidget* top_level = window->window();
+  const xcb_window_t xid = MappedWindow(top_level);
+  if (!xid) {
+    if (top_level->windowFlags().testFlag(Qt::WindowStaysOnTopHint) != on_top) {
+      // The widget is only borrowed as const: changing the flag of a hidden window shows
+      // nothing and is what the caller asked for.
+      const_cast<QWidget*>(top_level)->setWindowFlag(Qt::WindowStaysOnTopHint, on_top);
+    }
+    return;
+  }
+  const StateAtoms atoms = GetStateAtoms(connection);
+  if (atoms.state == XCB_ATOM_NONE || atoms.above == XCB_ATOM_NONE) return;
+
+  xcb_client_message_event_t event;
+  std::memset(&event, 0, sizeof(event));
+  event.response_type = XCB_CLIENT_MESSAGE;
+  event.format = 32;
+  event.window = xid;
+  event.type = atoms.state;
+  event.data.data32[0] = on_top ? kNetWmStateAdd : kNetWmStateRemove;
+  event.data.data32[1] = atoms.above;
+  event.data.data32[2] = 0;
+  event.data.data32[3] = kSourceApplication;
+  xcb_send_event(connection, 0, QX11Info::appRootWindow(),
+                 XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                 reinterpret_cast<const char*>(&event));
+  xcb_flush(connection);
+}
+
+void SetWindowInputFocus(const QWidget* window) {
+  if (!window) return;
+  xcb_connection_t* connection = X11Connection();
+  if (!connection) return;
+  const xcb_window_t xid = MappedWindow(window->window());
+  if (!xid) return;
+  // A window the window manager has not mapped yet refuses focus with BadMatch; that race is
+  // not worth a warning in Qt's error log, so the request's error is dropped unread.
+  const auto cookie =
+      xcb_set_input_focus_checked(connection, XCB_INPUT_FOCUS_PARENT, xid, XCB_CURRENT_TIME);
+  xcb_discard_reply(connection, cookie.sequence);
+  xcb_flush(connection);
+}
+
+}  // namespace x_utils
