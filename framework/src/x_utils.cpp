@@ -4,6 +4,7 @@
 
 #include <QWidget>
 #include <QX11Info>
+#include <cstdlib>
 #include <cstring>
 
 namespace x_utils {
@@ -21,7 +22,7 @@ xcb_atom_t InternAtom(xcb_connection_t* connection, const char* name) {
   xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(connection, cookie, nullptr);
   if (!reply) return XCB_ATOM_NONE;
   const xcb_atom_t atom = reply->atom;
-  free(reply);
+  std::free(reply);
   return atom;
 }
 
