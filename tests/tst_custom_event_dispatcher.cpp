@@ -161,6 +161,7 @@ class tst_CustomEventDispatcher : public QObject {
     QCOMPARE(capture.Size(), size_t(0));
     Drain();
     QCOMPARE(runs, 0);
+    QCOMPARE(HookCount(&context, DelayActionEvent::EventType), 0);
   }
 
   void nullArguments_beforeInit() {
