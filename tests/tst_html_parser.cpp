@@ -101,6 +101,7 @@ class tst_HtmlParser : public QObject {
   void fontAttributeStack_popsInReverseOrder();
   void fontSizeAndName_selfClosing();
   void font_closeWithEmptyStack_changesNothing();
+  void sink_startsAtTheDefaultsThatFontRestores();
   void divAlignSelfClosing_alignsLeft();
   void divWithAlignAttribute_isPlainDiv();
   void processDivAlign_data();
@@ -614,6 +615,20 @@ void tst_HtmlParser::font_closeWithEmptyStack_changesNothing() {
   sink.fontSize = 20;
   CHTMLParser parser("<font>a</font>b", &sink);
   QCOMPARE(sink.calls, QStringList({Text("a", "size=20"), Text("b", "size=20")}));
+}
+
+void tst_HtmlParser::sink_startsAtTheDefaultsThatFontRestores() {
+  RecordingSink fresh;
+  QCOMPARE(fresh.backgroundColor, QColor(Qt::white));
+  QCOMPARE(fresh.fontSize, 9);
+  QCOMPARE(fresh.fontName, QString("Tahoma"));
+  QCOMPARE(fresh.textColor, QColor(Qt::black));
+  QVERIFY(!fresh.bold && !fresh.italic && !fresh.smallCaps && !fresh.strikeOut &&
+          !fresh.superscript && !fresh.subscript && !fresh.inScript && !fresh.underline);
+  // Set and restored again, every attribute is back where a fresh sink starts.
+  QCOMPARE(Convert("<font bgcolor /><font size /><font name /><font color />a"
+                   "</font></font></font></font>b"),
+           QStringList({Text("a", "bg=" + kBlack + " size=0 name="), Text("b")}));
 }
 
 void tst_HtmlParser::divAlignSelfClosing_alignsLeft() {
