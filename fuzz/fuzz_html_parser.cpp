@@ -1,0 +1,219 @@
+// Feeds arbitrary bytes, read once as UTF-8 and once as Latin-1, through CHTMLParser into a
+// sink that checks every promise the parser makes about its calls, and through the html2rtf
+// writer, whose document must stay well-formed whatever comes in. A broken promise aborts,
+// and libFuzzer keeps the input that did it.
+#include <QMap>
+#include <QString>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+#include "examples/html2rtf/rtf_writer.h"
+#include "qt_util/html_parser.h"
+
+namespace {
+
+[[noreturn]] void Fail(const char* what, const QString& detail) {
+  std::fprintf(stderr, "fuzz_html_parser: broken promise: %s [%s]\n", what,
+               detail.left(200).toUtf8().constData());
+  std::abort();
+}
+
+#define FUZZ_CHECK(condition, detail)             \
+  do {                                            \
+    if (!(condition)) Fail(#condition, (detail)); \
+  } while (0)
+
+// What the input allows the parser to produce, counted before the conversion.
+struct InputFacts {
+  explicit InputFacts(const QString& html)
+      : length(html.size()),
+        tagStarts(html.count(QLatin1Char('<'))),
+        semicolons(html.count(QLatin1Char(';'))),
+        equalsSigns(html.count(QLatin1Char('='))),
+        // Output can only be switched off by a "head" or "body" tag; without either name in
+        // the text the list promises below hold for every call the sink sees.
+        outputAlwaysOn(!html.toLower().contains(QLatin1String("head")) &&
+                       !html.toLower().contains(QLatin1String("body"))) {}
+
+  int length;
+  int tagStarts;
+  int semicolons;
+  int equalsSigns;
+  bool outputAlwaysOn;
+};
+
+bool StartsOrEndsWithQuote(const QString& value) {
+  if (value.isEmpty()) return false;
+  const auto isQuote = [](QChar c) { return c == QLatin1Char('"') || c == QLatin1Char('\''); };
+  return isQuote(value.front()) || isQuote(value.back());
+}
+
+class CheckingSink : public CParserOut {
+ public:
+  explicit CheckingSink(const InputFacts& facts) : facts_(facts) {}
+
+  void BeginBulletList() override {
+    Count();
+    bulletListOpen_ = true;
+  }
+  void EndBulletList() override {
+    Count();
+    bulletListOpen_ = false;
+  }
+  void BulletItem() override {
+    Count();
+    // A bullet item needs an open <ul>; the parser's flag follows the same tags as these calls.
+    if (facts_.outputAlwaysOn) FUZZ_CHECK(bulletListOpen_, QStringLiteral("BulletItem"));
+  }
+  void NumberedItem(int number) override {
+    Count();
+    FUZZ_CHECK(number == 1, QString::number(number));
+    // Inside an unordered list an item is always a bullet.
+    if (facts_.outputAlwaysOn) FUZZ_CHECK(!bulletListOpen_, QStringLiteral("NumberedItem"));
+  }
+  void EndNumberedList() override { Count(); }
+  void SetAlignment(const QString& alignment) override {
+    Count();
+    FUZZ_CHECK(alignment == QLatin1String("Left") || alignment == QLatin1String("Right") ||
+                   alignment == QLatin1String("Center") || alignment == QLatin1String("Justify"),
+               alignment);
+  }
+  void NewParagraph() override { Count(); }
+  void ResetParagraph() override { Count(); }
+  void LineBreak() override { Count(); }
+  void BeginRow() override { Count(); }
+  void EndRow() override { Count(); }
+  void BeginCell(int span) override {
+    Count();
+    FUZZ_CHECK(span == 1, QString::number(span));
+  }
+  void EndCell() override { Count(); }
+  void AddColumn(int width) override {
+    // "tr cols" is reached only through the self-closing form, which leaves no argument text,
+    // so its column count is always 0.
+    Fail("AddColumn is never called", QString::number(width));
+  }
+  void Reserved() override { Fail("the reserved operation is never called", QString()); }
+
+  void WriteText(const QString& text) override {
+    Count();
+    FUZZ_CHECK(!inScript, text);
+    FUZZ_CHECK(!text.isEmpty(), text);
+    FUZZ_CHECK(!text.contains(QLatin1Char('\r')) && !text.contains(QLatin1Char('\n')), text);
+    // These entities are decoded after "&amp;", so none can survive the decoding.
+    for (const char* entity : {"&lt;", "&gt;", "&quot;", "&#39;"}) {
+      FUZZ_CHECK(!text.contains(QLatin1String(entity)), text);
+    }
+    // Decoding only shrinks the text, and each character of the input is text at most once.
+    textLength_ += text.size();
+    FUZZ_CHECK(textLength_ <= facts_.length, text);
+    // A raw "<" always starts a tag, so every "<" in text is a decoded "&lt;", which used up
+    // one ";" of the input.
+    lessThans_ += text.count(QLatin1Char('<'));
+    FUZZ_CHECK(lessThans_ <= facts_.semicolons, text);
+    CheckFormatting(text);
+  }
+
+  void InsertImage(const QString& source, const QMap<QString, QString>& attributes) override {
+    Count();
+    FUZZ_CHECK(attributes.contains(QStringLiteral("src")), source);
+    FUZZ_CHECK(attributes.value(QStringLiteral("src")) == source, source);
+    // Each stored attribute came from its own "=" of the input; "src" may be added empty.
+    FUZZ_CHECK(attributes.size() <= facts_.equalsSigns + 1, QString::number(attributes.size()));
+    for (auto it = attributes.cbegin(); it != attributes.cend(); ++it) {
+      const QString& key = it.key();
+      const QString& value = it.value();
+      FUZZ_CHECK(key == key.toLower() && key == key.trimmed(), key);
+      FUZZ_CHECK(value == value.toLower(), value);
+      FUZZ_CHECK(!StartsOrEndsWithQuote(value), value);
+      FUZZ_CHECK(!key.contains(QLatin1String("\r\n")) && !value.contains(QLatin1String("\r\n")),
+                 key + QLatin1Char('=') + value);
+    }
+    CheckFormatting(source);
+  }
+
+  void InsertObject(const QString& classId, const QMap<QString, QString>&) override {
+    Fail("InsertObject is unreachable: <object> is handled as a table cell", classId);
+  }
+
+ private:
+  // Count() guards against output that grows faster than the input: at most one text run
+  // before each tag, one call for the tag itself (no column follows a row), and the last run.
+  void Count() {
+    ++calls_;
+    FUZZ_CHECK(calls_ <= 2LL * facts_.tagStarts + 1, QString::number(calls_));
+  }
+
+  // The formatting values that the parser can write: font size and name from argument text
+  // that is always empty, colours that always parse as black, and the defaults of </font>.
+  void CheckFormatting(const QString& where) {
+    FUZZ_CHECK(fontSize == 9 || fontSize == 0, where);
+    FUZZ_CHECK(fontName == QLatin1String("Tahoma") || fontName.isEmpty(), fontName);
+    FUZZ_CHECK(textColor == QColor(Qt::black), textColor.name());
+    FUZZ_CHECK(backgroundColor == QColor(Qt::white) || backgroundColor == QColor(Qt::black),
+               backgroundColor.name());
+  }
+
+  const InputFacts& facts_;
+  bool bulletListOpen_ = false;
+  long long calls_ = 0;
+  long long textLength_ = 0;
+  long long lessThans_ = 0;
+};
+
+bool ReferenceIsValidParser(const QString& html) {
+  for (const char* needle :
+       {"<IMG", "<img", "<image", "<IMAGE", "<object", "<OBJECT", "<embed", "<EMBED"}) {
+    if (html.contains(QLatin1String(needle))) return true;
+  }
+  return false;
+}
+
+// The writer's document: ASCII only, one group that opens first and closes last, every brace
+// in between matched (escaped ones skipped).
+void CheckRtf(const QByteArray& rtf) {
+  const QString head = QString::fromLatin1(rtf.left(60));
+  FUZZ_CHECK(rtf.startsWith("{\\rtf1"), head);
+  int depth = 0;
+  int i = 0;
+  for (; i < rtf.size(); ++i) {
+    const char c = rtf[i];
+    FUZZ_CHECK(static_cast<unsigned char>(c) < 0x80, QString::number(i));
+    if (c == '\\') {
+      ++i;
+    } else if (c == '{') {
+      ++depth;
+    } else if (c == '}') {
+      --depth;
+      FUZZ_CHECK(depth >= 0, QString::number(i));
+      if (depth == 0) break;
+    }
+  }
+  FUZZ_CHECK(depth == 0 && rtf.mid(i + 1) == "\n", QString::number(i));
+}
+
+void Convert(const QString& html) {
+  const InputFacts facts(html);
+  CheckingSink sink(facts);
+  CHTMLParser parser(html, &sink);
+  FUZZ_CHECK(CHTMLParser::IsValidParser(html) == ReferenceIsValidParser(html), html);
+
+  html2rtf::RtfWriterOptions options;
+  options.loadImages = false;  // arbitrary input must not choose files to read
+  CheckRtf(html2rtf::HtmlToRtf(html, options));
+
+  CHTMLParser nullSink(html, nullptr);  // must read nothing and do nothing
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size > (1u << 20)) return 0;
+  const char* bytes = reinterpret_cast<const char*>(data);
+  const int length = static_cast<int>(size);
+  Convert(QString::fromUtf8(bytes, length));
+  Convert(QString::fromLatin1(bytes, length));
+  return 0;
+}
