@@ -1,5 +1,6 @@
 #include "qt_util/html_parser.h"
 
+#include <QStringMatcher>
 #include <QStringView>
 #include <QVarLengthArray>
 #include <algorithm>
@@ -59,6 +60,28 @@ void ReplaceAll(QString& text, QLatin1String needle, QChar replacement) {
   text.resize(out);
 }
 
+// QString::toLower in place, without the case tables for the plain ASCII of tag names and
+// attributes.
+void ToLowerInPlace(QString& text) {
+  const QChar* data = text.constData();
+  const int size = text.size();
+  int i = 0;
+  while (i < size && data[i].unicode() < 0x80 &&
+         !(data[i] >= QLatin1Char('A') && data[i] <= QLatin1Char('Z'))) {
+    ++i;
+  }
+  if (i == size) return;
+  QChar* out = text.data();
+  for (; i < size; ++i) {
+    const ushort c = out[i].unicode();
+    if (c >= 0x80) {
+      text = std::move(text).toLower();
+      return;
+    }
+    if (c >= 'A' && c <= 'Z') out[i] = QChar(ushort(c + ('a' - 'A')));
+  }
+}
+
 // The lower-cased text of `view` without surrounding white space (as QString::trimmed) and,
 // when `stripQuotes` is set, then without leading and trailing quote characters: `^["']+` and
 // `["']+$` done by hand, since both patterns rescan a quote run from every start position, which
@@ -69,7 +92,9 @@ QString TrimmedLower(QStringView view, bool stripQuotes) {
     while (!view.isEmpty() && IsQuote(view.front())) view = view.mid(1);
     while (!view.isEmpty() && IsQuote(view.back())) view.chop(1);
   }
-  return view.toString().toLower();
+  QString text = view.toString();
+  ToLowerInPlace(text);
+  return text;
 }
 
 // The span of the raw tag at `pos` (which stands on "<"): html[begin, end) holds "<" and the tag
@@ -113,24 +138,29 @@ TagSpan ReadTag(const QString& html, int& pos) {
     pos = size;
     return {size, size};
   }
+  const QChar* data = html.constData();
   const int begin = pos;
-  QChar c = CharAt(html, pos++);
   QuoteStack quotes;
-  for (;;) {
-    if (IsQuote(c)) {
-      if (!quotes.IsEmpty() && quotes.Top() == c) {
-        quotes.Pop();
-      } else {
-        quotes.Push(c);
-      }
+  auto track = [&quotes](QChar c) {
+    if (!IsQuote(c)) return;
+    if (!quotes.IsEmpty() && quotes.Top() == c) {
+      quotes.Pop();
+    } else {
+      quotes.Push(c);
     }
-    c = CharAt(html, pos++);
+  };
+  if (IsQuote(data[begin])) track(data[begin]);
+  // `next` indexes the character being read; reading at the end yields NUL. The last character
+  // read (the ">", or the final character of a tag that runs to the end) is not part of the tag.
+  int next = begin + 1;
+  for (;; ++next) {
+    const QChar c = next < size ? data[next] : QChar();
     if (quotes.IsEmpty() && c == QLatin1Char('>')) break;
-    if (pos >= size) break;
+    if (next + 1 >= size) break;
+    if (IsQuote(c)) track(c);
   }
-  // Every character read before the last one belongs to the tag; the last one (the ">", or the
-  // final character of a tag that runs to the end) does not.
-  return {begin, std::min(pos - 1, size)};
+  pos = next + 1;
+  return {begin, std::min(next, size)};
 }
 
 }  // namespace
@@ -184,24 +214,28 @@ void CHTMLParser::ProcessHTML(const QString& html) {
 
 void CHTMLParser::SimplifyHTML(QString& html) {
   // Removing a comment and searching again from the start is quadratic on text with many
-  // comments. Instead the text is kept as a finished prefix data[0, kept) followed by the unread
-  // rest data[rest, size). Neither "<!--" nor "-->" lies wholly inside the finished prefix (it
-  // is the part in front of the first "<!--", and the first "-->" comes after that), so a search
-  // from the start can begin a few characters before the prefix ends, where a removal may have
-  // joined a new marker. Each round consumes the text it searched, so the whole is linear and
-  // the result is the same as with the repeated whole-string search.
+  // comments. Instead the text is kept as a finished prefix kept[0, keptSize) followed by the
+  // unread rest html[rest, size). Neither "<!--" nor "-->" lies wholly inside the finished prefix
+  // (it is the part in front of the first "<!--", and the first "-->" comes after that), so a
+  // search from the start can begin a few characters before the prefix ends, where a removal may
+  // have joined a new marker. Each round consumes the text it searched, so the whole is linear
+  // and the result is the same as with the repeated whole-string search. The prefix is built in
+  // a buffer of its own, so that each character is copied once.
   static const QLatin1String kOpen("<!--");
   static const QLatin1String kClose("-->");
   const int size = html.size();
-  const QChar* data = html.constData();
-  int kept = 0;
+  const QChar* source = html.constData();
+  QString kept;
+  int keptSize = 0;
   int rest = 0;
-  bool removed = false;
 
-  auto logicalAt = [&](int k) { return k < kept ? data[k] : data[rest + (k - kept)]; };
-  auto find = [&](QLatin1String needle) {
-    const int logicalSize = kept + (size - rest);
-    for (int k = std::max(0, kept - (int(needle.size()) - 1)); k < kept; ++k) {
+  auto logicalAt = [&](int k) { return k < keptSize ? kept.at(k) : source[rest + (k - keptSize)]; };
+  // Boyer-Moore: the common case is one search through a whole text that holds no comment.
+  const QStringMatcher openMatcher(kOpen);
+  const QStringMatcher closeMatcher(kClose);
+  auto find = [&](QLatin1String needle, const QStringMatcher& matcher) {
+    const int logicalSize = keptSize + (size - rest);
+    for (int k = std::max(0, keptSize - (int(needle.size()) - 1)); k < keptSize; ++k) {
       if (k + needle.size() > logicalSize) return -1;
       bool match = true;
       for (int j = 0; j < needle.size() && match; ++j) {
@@ -209,29 +243,27 @@ void CHTMLParser::SimplifyHTML(QString& html) {
       }
       if (match) return k;
     }
-    const int found = FindLatin1(html, rest, needle);
-    return found < 0 ? -1 : kept + (found - rest);
+    const int found = matcher.indexIn(html, rest);
+    return found < 0 ? -1 : keptSize + (found - rest);
   };
 
   for (;;) {
-    const int s = find(kOpen);
+    const int s = find(kOpen, openMatcher);
     if (s < 0) break;
-    const int e = find(kClose);
+    const int e = find(kClose, closeMatcher);
     if (e < 0 || e <= s + 3) break;
-    if (!removed) {
-      removed = true;
-      data = html.data();  // detach before writing into the buffer
+    if (kept.isNull()) kept.resize(size);
+    const int nextRest = rest + (e + 3 - keptSize);
+    if (s > keptSize) {
+      std::copy(source + rest, source + rest + (s - keptSize), kept.data() + keptSize);
     }
-    QChar* buffer = const_cast<QChar*>(data);
-    const int nextRest = rest + (e + 3 - kept);
-    if (s > kept) std::copy(buffer + rest, buffer + rest + (s - kept), buffer + kept);
-    kept = s;
+    keptSize = s;
     rest = nextRest;
   }
-  if (!removed) return;
-  QChar* buffer = const_cast<QChar*>(data);
-  std::copy(buffer + rest, buffer + size, buffer + kept);
-  html.resize(kept + (size - rest));
+  if (kept.isNull()) return;
+  std::copy(source + rest, source + size, kept.data() + keptSize);
+  kept.resize(keptSize + (size - rest));
+  html.swap(kept);
 }
 
 void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
@@ -241,14 +273,18 @@ void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
   // A closing tag loses its "<"; the "/" stays in front for ProcessArg to cut.
   const bool isClose = raw.end - raw.begin > 1 && html.at(raw.begin + 1) == QLatin1Char('/');
   const int skip = isClose ? 1 : 0;
-  QString tag(html.constData() + raw.begin + skip, raw.end - raw.begin - skip);
-  QString args;
+  // Both buffers keep their capacity from tag to tag; nothing holds on to them in between.
+  QString& tag = tagBuffer_;
+  tag.resize(raw.end - raw.begin - skip);
+  std::copy(html.constData() + raw.begin + skip, html.constData() + raw.end, tag.data());
+  QString& args = argsBuffer_;
+  args.resize(0);
   ProcessArg(args, tag);
-  tag = std::move(tag).toLower();
+  ToLowerInPlace(tag);
 
   if (handlers.isEmpty()) BuildHandlers();
-  const auto handler = handlers.constFind(tag);
-  if (handler != handlers.constEnd()) (*handler)(args, isClose);
+  const Handler* handler = handlerIndex_.value(tag, nullptr);
+  if (handler) (*handler)(args, isClose);
 }
 
 void CHTMLParser::GetTagFromHTML(QString& tag, const QString& html, int& pos) {
@@ -262,7 +298,8 @@ void CHTMLParser::ProcessArg(QString& args, QString& tag) {
     tag.remove(0, 1);
     return;
   }
-  args = tag.mid(space + 1);
+  args.resize(tag.size() - (space + 1));
+  std::copy(tag.constData() + space + 1, tag.constData() + tag.size(), args.data());
   ReplaceAll(args, QLatin1String("\r\n"), QLatin1Char(' '));
   ParseAttributes(args);
 
@@ -326,10 +363,18 @@ void CHTMLParser::WriteText(QString& text) {
 void CHTMLParser::EmitText(QStringView text) {
   text = text.trimmed();
   if (text.isEmpty()) return;
+  bool lineBreaks = false;
+  bool entities = false;
+  for (const QChar c : text) {
+    lineBreaks |= c == QLatin1Char('\r') || c == QLatin1Char('\n');
+    entities |= c == QLatin1Char('&');
+  }
   QString decoded = text.toString();
-  decoded.remove(QLatin1Char('\r'));
-  decoded.remove(QLatin1Char('\n'));
-  if (decoded.contains(QLatin1Char('&'))) {
+  if (lineBreaks) {
+    decoded.remove(QLatin1Char('\r'));
+    decoded.remove(QLatin1Char('\n'));
+  }
+  if (entities) {
     // "&amp;" goes before the others, so "&amp;lt;" ends as "<".
     ReplaceAll(decoded, QLatin1String("&nbsp;"), QLatin1Char(' '));
     ReplaceAll(decoded, QLatin1String("&amp;"), QLatin1Char('&'));
@@ -458,7 +503,6 @@ void CHTMLParser::ProcessObject(bool isClose) {
 }
 
 void CHTMLParser::BuildHandlers() {
-  using Handler = std::function<void(QString&, bool)>;
   auto flag = [this](bool CParserOut::*field) -> Handler {
     return [this, field](QString&, bool isClose) {
       if (output) output->*field = !isClose;
@@ -525,4 +569,10 @@ void CHTMLParser::BuildHandlers() {
   handlers.insert(QStringLiteral("head"), [this](QString&, bool) { outputEnabled = false; });
   handlers.insert(QStringLiteral("body"),
                   [this](QString&, bool isClose) { outputEnabled = !isClose; });
+
+  // Hashing the name beats the string compares of the ordered map on every tag; the map is never
+  // changed again, so pointers to its values stay valid.
+  handlerIndex_.reserve(handlers.size());
+  for (auto it = handlers.cbegin(); it != handlers.cend(); ++it)
+    handlerIndex_.insert(it.key(), &it.value());
 }

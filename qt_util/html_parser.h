@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QHash>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -114,6 +115,8 @@ class QT_UTIL_EXPORT CHTMLParser {
   void ProcessObject(bool isClose);
 
  private:
+  using Handler = std::function<void(QString&, bool)>;
+
   void ParseAttributes(const QString& args);
   void EmitText(QStringView text);
   void BuildHandlers();
@@ -126,6 +129,10 @@ class QT_UTIL_EXPORT CHTMLParser {
   bool inOrderedList = false;
   bool keepAttributes = false;
   QMap<QString, QString> attributes;
-  QMap<QString, std::function<void(QString&, bool)>> handlers;
+  QMap<QString, Handler> handlers;
   bool outputEnabled = true;
+
+  QHash<QString, const Handler*> handlerIndex_;
+  QString tagBuffer_;
+  QString argsBuffer_;
 };

@@ -476,6 +476,11 @@ void tst_HtmlParser::attributes_quotedValueWithSpaces_staysWhole() {
 void tst_HtmlParser::attributes_keysAndValuesLowerCased() {
   QCOMPARE(Convert("<IMG SRC=\"Dir/A.PNG\" Alt='Hello'>"),
            QStringList{"InsertImage(\"dir/a.png\", {alt=hello, src=dir/a.png})"});
+  // Beyond ASCII too.
+  QCOMPARE(Convert(QString::fromUtf8("<img src=\"\xc3\x84rger \xc3\x89T\xc3\x89.PNG\">")),
+           QStringList{QString::fromUtf8(
+               "InsertImage(\"\xc3\xa4rger \xc3\xa9t\xc3\xa9.png\", {src=\xc3\xa4rger "
+               "\xc3\xa9t\xc3\xa9.png})")});
 }
 
 void tst_HtmlParser::attributes_laterDuplicateOverwrites() {
