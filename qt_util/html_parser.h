@@ -84,8 +84,9 @@ class QT_UTIL_EXPORT CHTMLParser {
   /// The main loop: comments out, then text runs and tags left to right. Nothing when the sink
   /// is null.
   void ProcessHTML(const QString& html);
-  /// Removes "<!-- ... -->" comments in place. Stops at the first "<!--" whose end marker comes
-  /// before it or is missing, and leaves the rest untouched.
+  /// Removes "<!-- ... -->" comments in place, each up to the first "-->" of the text. Stops,
+  /// leaving the rest untouched, once that "-->" does not come after the first "<!--" (or either
+  /// is missing).
   void SimplifyHTML(QString& html);
   /// Reads the tag at `pos` (which stands on "<"), dispatches it, and leaves `pos` behind it.
   void ParseTagFromHTML(QString& html, int& pos);
@@ -108,6 +109,8 @@ class QT_UTIL_EXPORT CHTMLParser {
   void ProcessDivAlign(const QString& value);
   /// Restores the most recently set font attribute to its default.
   void ProcessFont();
+  /// Opening: BeginRow, then AddColumn(2000) once per column counted by `value` (decimal, 0 when
+  /// not a number). A conversion only ever passes an empty `value`.
   void ProcessTrCols(bool isClose, const QString& value);
   void ProcessTr(bool isClose);
   void ProcessTd(bool isClose);
