@@ -19,7 +19,8 @@ QString Text(const QString& text, const QString& format = QString()) {
 const QString kBlack = QColor(Qt::black).name(QColor::HexArgb);
 const QString kRed = QColor(Qt::red).name(QColor::HexArgb);
 
-// Comment removal exactly as described: search both markers from the start after every removal.
+// The straightforward form of comment removal: search both markers from the start again after
+// every removal. Quadratic, but obviously right, so it serves as the reference.
 QString ReferenceSimplify(QString html) {
   int s = html.indexOf("<!--");
   int e = html.indexOf("-->");
