@@ -234,13 +234,5 @@ BENCHMARK(BM_Baseline_QTextDocumentSetHtml)->Unit(benchmark::kMillisecond)->UseR
 BENCHMARK(BM_Parse)->Apply(ChatAndComments)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_Parse)->Apply(Adversarial)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-int main(int argc, char** argv) {
-  // QTextDocument lays out with real fonts; the offscreen platform needs no display.
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}
+// QTextDocument lays out with real fonts.
+int main(int argc, char** argv) { return bench::RunWithApplication(argc, argv); }

@@ -19,6 +19,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <QApplication>
 #include <chrono>
 #include <map>
 #include <string>
@@ -55,5 +56,19 @@ class LoopTimer {
   benchmark::State& state_;
   std::chrono::steady_clock::time_point start_;
 };
+
+// main() of a benchmark program that needs a QApplication: runs the registered benchmarks on
+// the offscreen platform (unless QT_QPA_PLATFORM names another). `prepare` runs once the
+// application exists; when it returns false nothing is measured and the program fails.
+inline int RunWithApplication(int argc, char** argv, bool (*prepare)() = nullptr) {
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication app(argc, argv);
+  if (prepare && !prepare()) return 1;
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
 
 }  // namespace bench
