@@ -5,11 +5,13 @@
 #include <QContextMenuEvent>
 #include <QCursor>
 #include <QLabel>
+#include <QLoggingCategory>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "base/log/log.h"
 #include "gallery.h"
@@ -33,6 +35,7 @@ void Click(QWidget* widget, Qt::MouseButton button = Qt::LeftButton) {
 }
 
 int RunEventHooks(QApplication& app, const QString& out_dir) {
+  const int previous_level = base::log::GetLogLevel();
   base::log::SetLogLevel(6);
   // Qt's platform plugin may add messages of its own; only ours are counted.
   int click_lines = 0;
@@ -101,6 +104,19 @@ int RunEventHooks(QApplication& app, const QString& out_dir) {
       QStringLiteral("Context menu on the scroll bar swallowed: %1").arg(swallowed ? "yes" : "no"));
 
   gallery::Say("Qt messages relayed into the log (the debug one is dropped):");
+  // Logging rules (QT_LOGGING_RULES, qtlogging.ini) may silence a type before Qt calls any
+  // handler; only the messages Qt actually hands over can be relayed.
+  const QLoggingCategory* category = QLoggingCategory::defaultCategory();
+  int relayable = 0;
+  const std::pair<QtMsgType, const char*> types[] = {
+      {QtInfoMsg, "info"}, {QtWarningMsg, "warning"}, {QtCriticalMsg, "critical"}};
+  for (const auto& [type, name] : types) {
+    if (category && category->isEnabled(type)) {
+      ++relayable;
+    } else {
+      gallery::Say(QStringLiteral("  (%1 messages are disabled by the logging rules)").arg(name));
+    }
+  }
   QMessageLogger(__FILE__, __LINE__, Q_FUNC_INFO).info("toolbar ready");
   QMessageLogger(__FILE__, __LINE__, Q_FUNC_INFO).warning("camera %d not found", 2);
   QMessageLogger(__FILE__, __LINE__, Q_FUNC_INFO).critical("audio device lost");
@@ -112,7 +128,7 @@ int RunEventHooks(QApplication& app, const QString& out_dir) {
 
   qInstallMessageHandler(previous_handler);
   base::log::SetLogSink(std::move(previous_sink));
-  base::log::SetLogLevel(4);
+  base::log::SetLogLevel(previous_level);
 
   gallery::Say(QStringLiteral("%1 buttons clicked; log lines: %2 clicks, %3 press stacks, %4 "
                               "relayed Qt messages")
@@ -121,8 +137,13 @@ int RunEventHooks(QApplication& app, const QString& out_dir) {
                    .arg(stack_lines)
                    .arg(relayed_lines));
   // The right press gives no stack line, the drag no click line, the debug message nothing.
-  const bool expected =
-      clicks == 3 && swallowed && click_lines == 3 && stack_lines == 4 && relayed_lines == 3;
+  const bool expected = clicks == 3 && swallowed && click_lines == 3 && stack_lines == 4 &&
+                        relayed_lines == relayable;
+  if (!expected) {
+    gallery::Say(QStringLiteral("Expected 3 buttons clicked, the scroll-bar menu swallowed, "
+                                "3 clicks, 4 press stacks and %1 relayed Qt messages")
+                     .arg(relayable));
+  }
   return expected ? 0 : 1;
 }
 
