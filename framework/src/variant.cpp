@@ -149,7 +149,17 @@ void Variant::CopyFrom(const Variant& other) {
 
 void Variant::BecomeEmpty(VariantType type) {
   Release();
+  // Each code starts its own union member, so that its accessor reads the member it wrote.
   switch (type) {
+    case kBoolean:
+      value_.boolean = false;
+      break;
+    case kDouble:
+      value_.real = 0.0;
+      break;
+    case kPointer:
+      value_.pointer = nullptr;
+      break;
     case kString:
       value_.string = new std::string();
       break;

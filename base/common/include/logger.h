@@ -78,31 +78,30 @@ class __logwriter {
 
   __logwriter(int level, std::string&& file, int line, std::string&& function, Printer&& printer)
       : buffer_(AttachBuffer()),
-        file_(std::move(file)),
-        function_(std::move(function)),
-        level_(level),
-        line_(line),
-        printer_(std::move(printer)) {}
+        file(std::move(file)),
+        function(std::move(function)),
+        level(level),
+        line(line),
+        printer(std::move(printer)) {}
 
   __logwriter(const __logwriter&) = delete;
   __logwriter& operator=(const __logwriter&) = delete;
 
   virtual ~__logwriter() {
-    if (!printer_ || !buffer_) return;
+    if (!printer || !buffer_) return;
     buffer_->data[buffer_->length] = '\0';
     std::string text(buffer_->data, static_cast<size_t>(buffer_->length));
     buffer_->length = 0;
     buffer_->data[0] = '\0';
 
-    if (level_ != base::log::kUnlimitedLogLevel &&
+    if (level != base::log::kUnlimitedLogLevel &&
         text.size() > static_cast<size_t>(base::log::kLogStreamCapacity)) {
       if (base::log::GetCheckLogLength()) {
         __assert_fail("false", __FILE__, __LINE__, __PRETTY_FUNCTION__);
       }
       text.resize(base::log::kLogStreamCapacity);
     }
-    printer_(std::move(tag_), std::move(file_), line_, std::move(function_), level_,
-             std::move(text));
+    printer(std::move(tag), std::move(file), line, std::move(function), level, std::move(text));
   }
 
   __logwriter& operator<<(const char* text) {
@@ -136,20 +135,22 @@ class __logwriter {
     return *this;
   }
 
+  // The thread's buffer, or null when the thread's store is already gone (the record is lost).
   base::log::LogStreamBuffer* buffer_;
-  std::string file_;
-  std::string function_;
-  int level_;
-  int line_;
-  std::string tag_;
-  Printer printer_;
+  std::string file;
+  std::string function;
+  int level;
+  int line;
+  std::string tag;  // always empty; the sink may give it a meaning
+  Printer printer;
 };
 
 // Base name of the including source file, cut by the compiler.
 #define QTU_LOG_FILE_NAME \
   (__FILE__ + std::integral_constant<size_t, ::base::log::BaseNameOffset(__FILE__)>::value)
 
-// QTU_LOG(level) << part << part...; see the top of this file.
+// QTU_LOG(level) << part << part...; see the top of this file. `level` is read twice (the test,
+// then the record), so pass a plain value.
 #define QTU_LOG(level)                                                                     \
   !(::base::log::GetLogLevel() >= (level))                                                 \
       ? (void)0                                                                            \
