@@ -176,6 +176,8 @@ void VxLabelStringUtil::CalculateMultiLineStringRects(const QPoint& origin, int 
     // over characters that add no width, and backs off when it overshoots.
     int n = InitialCount(double(available), estimate, length);
     int width = advance(n);
+    // The width at the count the current growing step started from, which is known to fit.
+    int width_before_step = width;
     bool growing = false;
     bool shrunk = false;
     int step = 1;
@@ -192,14 +194,17 @@ void VxLabelStringUtil::CalculateMultiLineStringRects(const QPoint& origin, int 
           n -= 2;
           break;
         } else {
+          // A long step over zero-width characters overshot. The count it started from fitted,
+          // so the search would measure it again only to stop there; reuse that width instead.
           n -= step;
-          step = next_step = 1;
-          shrunk = true;
+          width = width_before_step;
+          break;
         }
       } else if (width >= available || shrunk || n == length) {
         break;
       } else {
         step = next_step;
+        width_before_step = width;
         n += step;
         growing = true;
       }
@@ -217,7 +222,9 @@ void VxLabelStringUtil::CalculateMultiLineStringRects(const QPoint& origin, int 
     if (n < 1) {
       // Not even one character fits; take it anyway so that every pass makes progress.
       n = 1;
-      width = advance(1);
+      // The character's own advance: measured as a one-character string, a tab would span a
+      // whole tab stop and a line break would measure nothing.
+      width = fm.horizontalAdvance(text.at(offset));
     }
 
     const QRect rect = LineRect(line_origin, width, lineHeight);

@@ -49,7 +49,8 @@ class QT_UTIL_EXPORT VxLabelStringUtil {
   /// line holds the rest of the text elided at its right end and `elided` is set to whether that
   /// changed it. `elided` is never written otherwise, so the caller initialises it.
   /// A line always takes at least one character, even when that character is wider than the
-  /// width. `fm` measures; `font` only supplies the starting guess.
+  /// width; its rectangle is then as wide as that character's own advance. `fm` measures; `font`
+  /// only supplies the starting guess.
   static void CalculateMultiLineStringRects(const QPoint& origin, int x, int spacing, int maxWidth,
                                             int lineHeight, const QFont& font,
                                             const QFontMetrics& fm, const QString& text,

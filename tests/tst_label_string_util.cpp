@@ -388,11 +388,35 @@ class tst_LabelStringUtil : public QObject {
     QCOMPARE(lines, QStringList{QStringLiteral("a b c")});
   }
 
+  void splitLineByWholeWord_tabInFirstWordCountsAtItsTabStop() {
+    // The first word is measured before its tabs become blanks, so a tab can send a text whose
+    // words would pack to the anywhere-wrap, tab and all.
+    const QFont font = TestFont();
+    const QFontMetrics fm(font);
+    const QString text = QStringLiteral("ab\tcd ef");
+    const int width = 60;
+    QVERIFY(fm.horizontalAdvance(QStringLiteral("ab cd")) < width);
+    QVERIFY(fm.horizontalAdvance(QStringLiteral("ab\tcd")) > width);
+    QStringList lines;
+    QVERIFY(VxLabelStringUtil::SplitLineByWholeWord(font, text, width, lines));
+    QCOMPARE(lines, SplitAnywhere(text, width));
+    QCOMPARE(lines.join(QString()), text);
+  }
+
   void splitLineByWholeWord_keepsRunsOfBlanks() {
     QStringList lines;
     QVERIFY(
         VxLabelStringUtil::SplitLineByWholeWord(TestFont(), QStringLiteral("a  b "), 1000, lines));
     QCOMPARE(lines, QStringList{QStringLiteral("a  b ")});
+  }
+
+  void splitLineByWholeWord_leadingBlanksAreDropped() {
+    // A blank is only ever put between the current line and the next word, and an empty line
+    // has nothing to separate, so blanks before the first word vanish; later runs stay.
+    QStringList lines;
+    QVERIFY(
+        VxLabelStringUtil::SplitLineByWholeWord(TestFont(), QStringLiteral("  a  b"), 1000, lines));
+    QCOMPARE(lines, QStringList{QStringLiteral("a  b")});
   }
 
   void splitLineByWholeWord_invariants_data() { AddSampleRows(); }
@@ -546,6 +570,50 @@ class tst_LabelStringUtil : public QObject {
     several.Run(QStringLiteral("WMW"));
     QCOMPARE(several.lines,
              (QStringList{QStringLiteral("W"), QStringLiteral("M"), QStringLiteral("W")}));
+  }
+
+  void calculateRects_oneCharacterLine_rectIsTheCharactersOwnAdvance_data() {
+    QTest::addColumn<QChar>("first");
+    QTest::newRow("tab") << QChar(QLatin1Char('\t'));
+    QTest::newRow("line feed") << QChar(QLatin1Char('\n'));
+    QTest::newRow("soft hyphen") << QChar(0x00AD);
+  }
+  void calculateRects_oneCharacterLine_rectIsTheCharactersOwnAdvance() {
+    // Characters that text layout measures differently on their own than the font advances
+    // them: the forced one-character line gets the font's advance.
+    QFETCH(QChar, first);
+    RectsCall call;
+    call.max_width = 5;
+    QVERIFY(call.fm.horizontalAdvance(first) != call.fm.horizontalAdvance(QString(first)));
+    call.Run(QString(first) + QStringLiteral("x"));
+    QCOMPARE(call.lines, (QStringList{QString(first), QStringLiteral("x")}));
+    QCOMPARE(call.rects.size(), size_t(2));
+    QCOMPARE(call.rects[0].width(), call.fm.horizontalAdvance(first));
+    QCOMPARE(call.rects[1].width(), call.fm.horizontalAdvance(QLatin1Char('x')));
+  }
+
+  void calculateRects_guessBeyondTheText_takesTheWholeTextUnsearched() {
+    // The first guess counts characters of the font's size. A short text of wider characters
+    // (here tab stops) whose guess already covers all of it goes on one line as it is, even
+    // though it overflows; one character more and the search runs and cuts the line.
+    RectsCall call;
+    call.max_width = 100;
+    const QString text = QStringLiteral("a\t\tb");
+    QVERIFY(call.max_width / kPixelSize > text.size());
+    QVERIFY(call.fm.horizontalAdvance(text) > call.max_width);
+    call.Run(text);
+    QCOMPARE(call.lines, QStringList{text});
+    QCOMPARE(call.rects.size(), size_t(1));
+    QCOMPARE(call.rects[0].width(), call.fm.horizontalAdvance(text));
+
+    RectsCall longer;
+    longer.max_width = 100;
+    const QString longer_text = QStringLiteral("a\t\tbcdefgh");
+    QVERIFY(longer.max_width / kPixelSize <= longer_text.size());
+    longer.Run(longer_text);
+    QVERIFY(longer.lines.size() > 1);
+    QCOMPARE(longer.lines.first(), longer_text.left(LongestFit(longer.fm, longer_text, 100)));
+    QCOMPARE(longer.lines.join(QString()), longer_text);
   }
 
   void calculateRects_indentBeyondWidth_firstLineTakesOneCharacter() {
@@ -727,9 +795,11 @@ class tst_LabelStringUtil : public QObject {
       QVERIFY2(
           line.size() == 1 || fm.horizontalAdvance(line) <= available,
           qPrintable(QStringLiteral("line %1 '%2' overflows %3").arg(i).arg(line).arg(available)));
-      // The rectangle is the line's own width, or the width measured when the search overshot.
+      // The rectangle is the line's own width, the width measured when the search overshot, or
+      // for a character that had to be taken although it did not fit, that character's advance.
       QVERIFY2(rect.width() == fm.horizontalAdvance(line) ||
-                   rect.width() == fm.horizontalAdvance(line + next_two),
+                   rect.width() == fm.horizontalAdvance(line + next_two) ||
+                   (line.size() == 1 && rect.width() == fm.horizontalAdvance(line.at(0))),
                qPrintable(QStringLiteral("line %1 rect width %2").arg(i).arg(rect.width())));
       // Nothing but the overshoot slack is left on a line.
       if (!next_two.isEmpty()) QVERIFY(fm.horizontalAdvance(line + next_two) > available);
