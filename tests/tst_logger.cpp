@@ -34,6 +34,27 @@ struct LateLogger {
   ~LateLogger() { QTU_LOG(1) << "late " << 1; }
 };
 
+// Everything written to stderr while `write` runs.
+template <typename Fn>
+QString StderrOf(Fn write) {
+  std::fflush(stderr);
+  const int saved = dup(STDERR_FILENO);
+  FILE* file = std::tmpfile();
+  if (!file) return QString();
+  dup2(fileno(file), STDERR_FILENO);
+  write();
+  std::fflush(stderr);
+  dup2(saved, STDERR_FILENO);
+  close(saved);
+  std::rewind(file);
+  QByteArray text;
+  char chunk[512];
+  size_t n;
+  while ((n = std::fread(chunk, 1, sizeof chunk, file)) > 0) text.append(chunk, int(n));
+  std::fclose(file);
+  return QString::fromUtf8(text);
+}
+
 int g_evaluations = 0;
 const char* CountedText() {
   ++g_evaluations;
@@ -252,24 +273,44 @@ class tst_Logger : public QObject {
 
   void defaultSink_writesOneFormattedLineToStderr() {
     base::log::SetLogSink({});
-    std::fflush(stderr);
-    const int saved = dup(STDERR_FILENO);
-    FILE* file = std::tmpfile();
-    QVERIFY(file);
-    dup2(fileno(file), STDERR_FILENO);
-    base::log::PrintLog("", "view.cc", 12, "Paint", 4, "hello world");
-    std::fflush(stderr);
-    dup2(saved, STDERR_FILENO);
-    close(saved);
-    std::rewind(file);
-    char line[512] = {};
-    QVERIFY(std::fgets(line, sizeof line, file));
-    std::fclose(file);
-    const QString text = QString::fromUtf8(line);
+    const QString text =
+        StderrOf([] { base::log::PrintLog("", "view.cc", 12, "Paint", 4, "hello world"); });
     const QRegularExpression format(
         "^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3} 4 \\d+ view\\.cc:12 Paint\\| hello "
         "world\\n$");
     QVERIFY2(format.match(text).hasMatch(), qPrintable(text));
+  }
+
+  void sinkThatLogs_sendsItsOwnRecordsToStderr() {
+    LogCapture capture(6);
+    std::vector<LogRecord> outer;
+    base::log::LogSink previous = base::log::SetLogSink([&](const LogRecord& record) {
+      outer.push_back(record);
+      QTU_LOG(1) << "from the sink";
+    });
+    const QString text = StderrOf([] { QTU_LOG(4) << "to the sink"; });
+    base::log::SetLogSink(std::move(previous));
+    QCOMPARE(outer.size(), size_t(1));
+    QCOMPARE(outer[0].text, std::string("to the sink"));
+    // A lambda's unqualified name is operator().
+    const QRegularExpression nested(
+        "^\\S+ 1 \\d+ tst_logger\\.cpp:\\d+ operator\\(\\)\\| from the sink\\n$");
+    QVERIFY2(nested.match(text).hasMatch(), qPrintable(text));
+  }
+
+  void setLogSinkFromInsideTheSink_changesNothing() {
+    LogCapture capture(6);
+    bool replaced_returned_empty = false;
+    int calls = 0;
+    base::log::LogSink previous = base::log::SetLogSink([&](const LogRecord&) {
+      ++calls;
+      replaced_returned_empty = !base::log::SetLogSink([](const LogRecord&) {});
+    });
+    QTU_LOG(1) << "one";
+    QTU_LOG(1) << "two";  // still reaches the first sink
+    base::log::SetLogSink(std::move(previous));
+    QCOMPARE(calls, 2);
+    QVERIFY(replaced_returned_empty);
   }
 
   void setLogSink_returnsPreviousAndEmptyRestoresDefault() {

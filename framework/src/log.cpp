@@ -28,6 +28,18 @@ SinkState& State() {
   return *state;
 }
 
+// Set while this thread runs the installed sink. A sink that logs, or that swaps sinks, would
+// take the sink lock a second time on the same thread, which may deadlock.
+thread_local bool t_in_sink = false;
+
+class InSinkScope {
+ public:
+  InSinkScope() { t_in_sink = true; }
+  ~InSinkScope() { t_in_sink = false; }
+  InSinkScope(const InSinkScope&) = delete;
+  InSinkScope& operator=(const InSinkScope&) = delete;
+};
+
 void WriteToStderr(const LogRecord& record) {
   std::string line = FormatLogLine(record);
   line += '\n';
@@ -82,9 +94,14 @@ void PrintLog(std::string&& tag, std::string&& file, int line, std::string&& fun
               std::string&& text) {
   LogRecord record{std::move(tag),      std::move(file), line,
                    std::move(function), level,           std::move(text)};
+  if (t_in_sink) {
+    WriteToStderr(record);
+    return;
+  }
   SinkState& state = State();
   std::shared_lock<std::shared_mutex> lock(state.mutex);
   if (state.sink) {
+    InSinkScope in_sink;
     state.sink(record);
   } else {
     WriteToStderr(record);
@@ -92,6 +109,7 @@ void PrintLog(std::string&& tag, std::string&& file, int line, std::string&& fun
 }
 
 LogSink SetLogSink(LogSink sink) {
+  if (t_in_sink) return {};
   SinkState& state = State();
   std::unique_lock<std::shared_mutex> lock(state.mutex);
   LogSink previous = std::move(state.sink);

@@ -30,13 +30,16 @@ TALVEX_FRAMEWORK_EXPORT bool GetCheckLogLength();
 TALVEX_FRAMEWORK_EXPORT void SetCheckLogLength(bool check);
 
 /// Hands one record to the current sink, on the calling thread. Sinks may be called from
-/// several threads at once; the default sink serialises its output itself.
+/// several threads at once; the default sink serialises its output itself. A record written
+/// from inside the installed sink (the sink logs) goes straight to the default stderr output.
 TALVEX_FRAMEWORK_EXPORT void PrintLog(std::string&& tag, std::string&& file, int line,
                                       std::string&& function, int level, std::string&& text);
 
 /// Replaces the sink and returns the previous one. An empty sink restores the default,
 /// which writes one line per record to stderr:
 /// "<ISO time> <level> <thread id> <file>:<line> <function>| <text>".
+/// Once this returns, the previous sink is no longer running on any thread. Called from inside
+/// the installed sink it changes nothing and returns an empty sink.
 TALVEX_FRAMEWORK_EXPORT LogSink SetLogSink(LogSink sink);
 
 /// Formats a record the way the default sink writes it (without the trailing newline).
