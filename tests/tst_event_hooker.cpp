@@ -5,6 +5,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <QtTest>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -131,48 +132,43 @@ class tst_EventHooker : public QObject {
   }
 
   void release_labelOrder_data() {
+    QTest::addColumn<bool>("toolButton");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("objectName");
     QTest::addColumn<QString>("accessibleName");
     QTest::addColumn<QString>("accessibleDescription");
     QTest::addColumn<QString>("expected");  // empty: no click line
-    QTest::newRow("text first") << "Save"
-                                << "saveButton"
-                                << "Save file"
-                                << "Saves"
-                                << "Save";
-    QTest::newRow("object name second") << ""
-                                        << "saveButton"
-                                        << "Save file"
-                                        << "Saves"
-                                        << "saveButton";
-    QTest::newRow("accessible name third") << ""
-                                           << ""
-                                           << "Save file"
-                                           << "Saves"
-                                           << "Save file";
-    QTest::newRow("accessible description last") << ""
-                                                 << ""
-                                                 << ""
-                                                 << "Saves"
-                                                 << "Saves";
-    QTest::newRow("no label, no line") << ""
-                                       << ""
-                                       << ""
-                                       << ""
-                                       << "";
-    QTest::newRow("utf-8 text") << QStringLiteral("Enregistrer \u00e9") << ""
-                                << ""
-                                << "" << QStringLiteral("Enregistrer \u00e9");
+    struct Row {
+      const char* name;
+      QString text, object_name, accessible_name, accessible_description, expected;
+    };
+    const QString utf8_text = QStringLiteral("Enregistrer \u00e9");
+    const Row rows[] = {
+        {"text first", "Save", "saveButton", "Save file", "Saves", "Save"},
+        {"object name second", "", "saveButton", "Save file", "Saves", "saveButton"},
+        {"accessible name third", "", "", "Save file", "Saves", "Save file"},
+        {"accessible description last", "", "", "", "Saves", "Saves"},
+        {"no label, no line", "", "", "", "", ""},
+        {"utf-8 text", utf8_text, "", "", "", utf8_text},
+    };
+    for (bool tool_button : {false, true}) {
+      for (const Row& row : rows) {
+        QTest::addRow("%s, %s", tool_button ? "QToolButton" : "QPushButton", row.name)
+            << tool_button << row.text << row.object_name << row.accessible_name
+            << row.accessible_description << row.expected;
+      }
+    }
   }
   void release_labelOrder() {
+    QFETCH(bool, toolButton);
     QFETCH(QString, text);
     QFETCH(QString, objectName);
     QFETCH(QString, accessibleName);
     QFETCH(QString, accessibleDescription);
     QFETCH(QString, expected);
     QWidget window;
-    auto* button = new QToolButton(&window);
+    QAbstractButton* button = toolButton ? static_cast<QAbstractButton*>(new QToolButton(&window))
+                                         : new QPushButton(&window);
     button->setText(text);
     button->setObjectName(objectName);
     button->setAccessibleName(accessibleName);
