@@ -135,7 +135,7 @@ class QT_UTIL_EXPORT CustomEventUtils {
   /// twice still deletes once. Null is ignored.
   static void DeleteObjectLater(QObject* object);
 
-  /// Activates the window of `widget` from the event loop.
+  /// Activates the window of `widget` from the event loop. A null widget only logs.
   static void ActivateWidgetLater(QWidget* widget);
 
   /// Runs `action` on `context`'s thread from the event loop; never when `context` dies first.

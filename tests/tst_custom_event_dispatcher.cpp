@@ -1,5 +1,7 @@
 // The deferred-work dispatcher. The first tests run before the dispatcher is installed (the
 // installation cannot be undone), so the order of the slots matters.
+#include <dlfcn.h>
+
 #include <QApplication>
 #include <QPointer>
 #include <QThread>
@@ -17,6 +19,26 @@ using base::variant::Variant;
 namespace {
 
 const char kNotInit[] = "custom event handler didn't init";
+
+// Fault injection for the one failure Qt never produces on its own: a refused registration.
+bool g_refuse_registration = false;
+int g_registration_requests = 0;
+
+}  // namespace
+
+// This executable's definition of Qt's registration function takes the place of Qt's own for
+// every caller in the process, the library included (the dynamic linker looks in the executable
+// first). It counts the requests, refuses them while asked to, and otherwise hands them to Qt.
+bool QInternal::registerCallback(QInternal::Callback cb, qInternalCallback callback) {
+  ++g_registration_requests;
+  if (g_refuse_registration) return false;
+  using Register = bool (*)(QInternal::Callback, qInternalCallback);
+  static const auto qt_register = reinterpret_cast<Register>(
+      dlsym(RTLD_NEXT, "_ZN9QInternal16registerCallbackENS_8CallbackEPFbPPvE"));
+  return qt_register && qt_register(cb, callback);
+}
+
+namespace {
 
 struct Delivery {
   QObject* receiver;
@@ -176,10 +198,35 @@ class tst_CustomEventDispatcher : public QObject {
 
   // ---- installation ----
 
+  void init_refusedByQt_logsFailureAndStaysUninstalled() {
+    LogCapture capture(6);
+    const int requests_before = g_registration_requests;
+    g_refuse_registration = true;
+    const bool first = CustomEventUtils::InitCustomEventHandler();
+    const bool second = CustomEventUtils::InitCustomEventHandler();
+    g_refuse_registration = false;
+    // Each call asked Qt: had the library bypassed the seam, the asking would not show here.
+    QCOMPARE(g_registration_requests - requests_before, 2);
+    QVERIFY(!first);
+    QVERIFY(!second);
+    QCOMPARE(capture.Count(1, "custom event handler init failed"), 2);
+    QCOMPARE(capture.Size(), size_t(2));
+
+    // Still uninstalled: deferring behaves as it did before the attempt, and nothing of ours is
+    // in Qt's list.
+    beforeInit_delayAction_logsAndNeverRuns();
+    if (QTest::currentTestFailed()) return;
+    QVERIFY(!QInternal::unregisterCallback(QInternal::EventNotifyCallback,
+                                           &CustomEventUtils::CustomEventHandler));
+  }
+
+  // Runs after a refused attempt: a refusal is not remembered, the next call tries again.
   void init_registersOnceAndReturnsTrue() {
     LogCapture capture(6);
+    const int requests_before = g_registration_requests;
     QVERIFY(CustomEventUtils::InitCustomEventHandler());
     QVERIFY(CustomEventUtils::InitCustomEventHandler());
+    QCOMPARE(g_registration_requests - requests_before, 1);
     QCOMPARE(capture.Size(), size_t(0));
     // Registered twice, the hook would run a delayed action twice.
     QObject context;
@@ -386,9 +433,13 @@ class tst_CustomEventDispatcher : public QObject {
     CustomEventUtils::DelayAction(&context, [&runs] { ++runs; });
     Drain();
 
+    // All three were delivered and handled...
     QCOMPARE(runs, 1);
     QVERIFY(CustomEventUtils::PendingDeleteListInstance()->empty());
+    QCOMPARE(HookCount(doomed, CustomDeleteEvent::EventType), 1);
+    QCOMPARE(HookCount(&widget, ActivateWidgetEvent::EventType), 1);
     QCOMPARE(HookCount(&context, DelayActionEvent::EventType), 1);
+    // ...and none of them went on to the filter or the notify override.
     for (const auto* list : {&filter.seen, &App()->notified}) {
       for (const Delivery& d : *list) {
         QVERIFY(d.type != CustomDeleteEvent::EventType);

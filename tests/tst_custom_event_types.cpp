@@ -31,7 +31,7 @@ class tst_CustomEventTypes : public QObject {
   Q_OBJECT
 
  private slots:
-  // Must stay first: later tests register numbers of their own.
+  // The numbers were taken while the library loaded, before any test could register one.
   void typeNumbers_freshProcess_data() {
     QTest::addColumn<int>("actual");
     QTest::addColumn<int>("expected");
