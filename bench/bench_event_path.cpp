@@ -7,7 +7,9 @@
 #include <QEvent>
 #include <QMetaObject>
 #include <QObject>
+#include <QPointer>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "bench_support.h"
@@ -142,13 +144,38 @@ std::vector<QObject*> MakeObjects() {
 
 void BM_DeleteLater(benchmark::State& state) {
   bench::LoopTimer timer(state);
+  QPointer<QObject> last;  // proves the deletions are delivered here, at almost no cost
   for (auto _ : state) {
-    for (QObject* object : MakeObjects()) object->deleteLater();
+    const std::vector<QObject*> objects = MakeObjects();
+    last = objects.back();
+    for (QObject* object : objects) object->deleteLater();
     // Outside a running loop Qt delivers deferred deletions only when asked for them by type.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
   timer.RecordBaseline("deleteLater");
   state.SetItemsProcessed(state.iterations() * kPostedBatch);
+  if (last) state.SkipWithError("not deleted");
+}
+
+// What a deletion that must never happen twice costs at the least: Qt's deleteLater plus the
+// pending entry and the destroyed connection that take it out again, written by hand. The
+// library's deletion does this much work too, so this is its floor, not deleteLater alone.
+void BM_DeleteLaterWithEntryAndConnection(benchmark::State& state) {
+  std::set<QObject*> pending;
+  bench::LoopTimer timer(state);
+  for (auto _ : state) {
+    for (QObject* object : MakeObjects()) {
+      pending.insert(object);
+      QObject::connect(object, &QObject::destroyed, qApp,
+                       [&pending, object] { pending.erase(object); });
+      object->deleteLater();
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+  timer.RecordBaseline("deleteLater_entry_connection");
+  timer.ReportRatio("deleteLater");
+  state.SetItemsProcessed(state.iterations() * kPostedBatch);
+  if (!pending.empty()) state.SkipWithError("not deleted");
 }
 
 void BM_DeleteObjectLater(benchmark::State& state) {
@@ -158,6 +185,7 @@ void BM_DeleteObjectLater(benchmark::State& state) {
     QCoreApplication::sendPostedEvents(nullptr, 0);
   }
   timer.ReportRatio("deleteLater");
+  timer.ReportRatio("deleteLater_entry_connection");
   state.SetItemsProcessed(state.iterations() * kPostedBatch);
   if (!CustomEventUtils::PendingDeleteListInstance()->empty()) state.SkipWithError("not deleted");
 }
@@ -165,6 +193,7 @@ void BM_DeleteObjectLater(benchmark::State& state) {
 BENCHMARK(BM_InvokeMethodQueued)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DelayAction)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DeleteLater)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DeleteLaterWithEntryAndConnection)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DeleteObjectLater)->Unit(benchmark::kMillisecond);
 
 }  // namespace

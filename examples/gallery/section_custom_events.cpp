@@ -4,6 +4,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QLabel>
+#include <QPointer>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWidget>
@@ -53,9 +54,11 @@ int RunCustomEvents(QApplication&, const QString& out_dir) {
     ++destructions;
     tell(QStringLiteral("  [loop] object 'doomed' destroyed"));
   });
+  const QPointer<QObject> doomed_watch = doomed;
   CustomEventUtils::DeleteObjectLater(doomed);
   CustomEventUtils::DeleteObjectLater(doomed);
-  tell(QStringLiteral("DeleteObjectLater(doomed) twice: still alive: yes, pending deletions: %1")
+  tell(QStringLiteral("DeleteObjectLater(doomed) twice: still alive: %1, pending deletions: %2")
+           .arg(YesNo(!doomed_watch.isNull()))
            .arg(CustomEventUtils::PendingDeleteListInstance()->size()));
 
   // An activation of the first window.
@@ -87,9 +90,11 @@ int RunCustomEvents(QApplication&, const QString& out_dir) {
   settle.restart();
   while (!first.isActiveWindow() && settle.elapsed() < 2000) QCoreApplication::processEvents();
 
-  tell(QStringLiteral("After the loop: destroyed %1 time(s), pending deletions: %2")
-           .arg(destructions)
-           .arg(CustomEventUtils::PendingDeleteListInstance()->size()));
+  tell(
+      QStringLiteral("After the loop: still alive: %1, destroyed %2 time(s), pending deletions: %3")
+          .arg(YesNo(!doomed_watch.isNull()))
+          .arg(destructions)
+          .arg(CustomEventUtils::PendingDeleteListInstance()->size()));
   tell(QStringLiteral("After the loop: active window: %1").arg(ActiveTitle()));
   tell(QStringLiteral("After the loop: delayed action ran: %1, the orphaned one ran: %2")
            .arg(YesNo(ran), YesNo(orphan_ran)));
@@ -103,7 +108,9 @@ int RunCustomEvents(QApplication&, const QString& out_dir) {
   panel.adjustSize();
   panel.grab().save(out_dir + "/custom_events.png");
 
-  return destructions == 1 && ran && !orphan_ran && first.isActiveWindow() ? 0 : 1;
+  return destructions == 1 && doomed_watch.isNull() && ran && !orphan_ran && first.isActiveWindow()
+             ? 0
+             : 1;
 }
 
 }  // namespace
