@@ -119,7 +119,7 @@ class AnsweringObject : public QObject {
 };
 
 void Drain() {
-  // Twice: a handler may post follow-up work (the destroyed connection, for instance).
+  // Twice: a handler may post follow-up work.
   QCoreApplication::sendPostedEvents();
   QCoreApplication::processEvents();
 }
