@@ -8,13 +8,6 @@
 
 namespace {
 
-// The parser reads a character past the end in two places (a "<" that ends the text, index 1
-// of a one-character tag); a Qt string yields NUL there, and so does this, without touching
-// memory outside the string.
-inline QChar CharAt(const QString& text, int index) {
-  return index >= 0 && index < text.size() ? text.at(index) : QChar();
-}
-
 inline bool IsQuote(QChar c) {
   return c == QLatin1Char('"') || c == QLatin1Char('\'');
 }
@@ -97,10 +90,6 @@ QString TrimmedLower(QStringView view, bool stripQuotes) {
   return text;
 }
 
-// The span of the raw tag at `pos` (which stands on "<"): html[begin, end) holds "<" and the tag
-// text without the closing ">". A ">" inside quotes does not end the tag; quotes nest as a
-// stack. A tag that runs to the end of the text loses its last character. `pos` is left behind
-// the last character read.
 // The open quotes of a tag, one bit each: a tag full of alternating quotes pushes one entry per
 // character, and a bit keeps that stack at a sixteenth of the text it comes from.
 class QuoteStack {
@@ -132,6 +121,10 @@ struct TagSpan {
   int end;
 };
 
+// The span of the raw tag at `pos` (which stands on "<"): html[begin, end) holds "<" and the tag
+// text without the closing ">". A ">" inside quotes does not end the tag; quotes nest as a
+// stack. A tag that runs to the end of the text loses its last character. `pos` is left behind
+// the last character read.
 TagSpan ReadTag(const QString& html, int& pos) {
   const int size = html.size();
   if (pos < 0 || pos >= size) {
@@ -150,7 +143,8 @@ TagSpan ReadTag(const QString& html, int& pos) {
     }
   };
   if (IsQuote(data[begin])) track(data[begin]);
-  // `next` indexes the character being read; reading at the end yields NUL. The last character
+  // `next` indexes the character being read; reading at the end (after a "<" that ends the
+  // text) yields NUL, as a Qt string does, without touching memory outside it. The last character
   // read (the ">", or the final character of a tag that runs to the end) is not part of the tag.
   int next = begin + 1;
   for (;; ++next) {
@@ -270,7 +264,8 @@ void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
   if (!keepAttributes) attributes.clear();
   const TagSpan raw = ReadTag(html, pos);
 
-  // A closing tag loses its "<"; the "/" stays in front for ProcessArg to cut.
+  // A closing tag loses its "<"; the "/" stays in front for ProcessArg to cut. Index 1 of a
+  // one-character tag lies past its end, where a Qt string yields NUL: not a closing tag.
   const bool isClose = raw.end - raw.begin > 1 && html.at(raw.begin + 1) == QLatin1Char('/');
   const int skip = isClose ? 1 : 0;
   // Both buffers keep their capacity from tag to tag; nothing holds on to them in between.
@@ -303,15 +298,18 @@ void CHTMLParser::ProcessArg(QString& args, QString& tag) {
   ReplaceAll(args, QLatin1String("\r\n"), QLatin1Char(' '));
   ParseAttributes(args);
 
+  // Both cuts below are tag.mid(1, length) done in place. A tag read from the text starts with
+  // "<" or "/", so the length is never negative there; a caller's tag that starts with its space
+  // can make it negative, and then, as with mid, the rest of the tag is kept.
   const int quote = args.indexOf(QLatin1Char('"'));
   if (quote < 0 && !args.isEmpty() && args.endsWith(QLatin1Char('/'))) {
     // Cuts a fixed " /" and the "<": "<br /" gives "br", "<font color /" gives "font color",
     // which is how the attribute-keyed entries of the table are reached.
     args.clear();
-    tag.truncate(std::max(0, int(tag.size()) - 2));
+    if (tag.size() >= 3) tag.truncate(tag.size() - 2);
   } else {
     if (quote >= 0) args.truncate(quote);
-    tag.truncate(space);
+    if (space >= 1) tag.truncate(space);
   }
   tag.remove(0, 1);
 }

@@ -52,15 +52,17 @@ class QT_UTIL_EXPORT CParserOut {
   virtual void EndCell() = 0;
   /// Called once per column right after BeginRow; `width` is always 2000.
   virtual void AddColumn(int width) = 0;
-  /// Never called by the parser; kept so that sinks written against the full operation table
-  /// keep their layout. Does nothing unless a sink gives it a meaning of its own.
+  /// Never called by the parser; it holds its place between AddColumn and WriteText so that the
+  /// order of the operations stays fixed. Does nothing unless a sink gives it a meaning.
   virtual void Reserved() {}
-  /// `text` is decoded (a few entities), trimmed, free of line breaks and never empty.
+  /// `text` is never empty and holds no "\r" or "\n". Surrounding white space is trimmed before
+  /// the few entities are decoded, so a decoded "&nbsp;" can still stand at either end.
   virtual void WriteText(const QString& text) = 0;
   /// `source` is the lower-cased "src" attribute (empty when absent); `attributes` holds every
   /// attribute of the tag, keys and values lower-cased, and always a "src" entry.
   virtual void InsertImage(const QString& source, const QMap<QString, QString>& attributes) = 0;
-  /// `classId` is the "classid" attribute without its "clsid:" prefix.
+  /// `classId` is the "classid" attribute without its "clsid:" prefix. Only a direct call of
+  /// CHTMLParser::ProcessObject leads here: a conversion lays objects out as table cells.
   virtual void InsertObject(const QString& classId, const QMap<QString, QString>& attributes) = 0;
 };
 
