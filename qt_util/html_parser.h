@@ -14,7 +14,8 @@
 /// fields directly as it meets formatting tags and calls the operations for structure, text,
 /// images and objects; the sink reads the fields when WriteText is called. Implemented by the
 /// client; the library ships no implementation. Operations are only called while the parser's
-/// output is enabled (outside <head>, and not after </body>).
+/// output is enabled: <head>, </head> and </body> turn it off until the next opening <body>.
+/// The fields are written either way.
 class QT_UTIL_EXPORT CParserOut {
  public:
   virtual ~CParserOut() = default;
