@@ -4,8 +4,10 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QtTest>
+#include <algorithm>
 
 #include "qt_util/accessibility/list_widget_accessible.h"
+#include "support/interface_order.h"
 
 namespace {
 
@@ -88,17 +90,29 @@ class tst_ListWidgetAccessible : public QObject {
 
   void childAt_findsRowWidgetUnderPoint() {
     QAccessibleInterface* iface = QAccessible::queryAccessibleInterface(list_);
-    const QPoint on_row_2 = widgets_[2]->mapToGlobal(widgets_[2]->rect().center());
-    QCOMPARE(iface->childAt(on_row_2.x(), on_row_2.y()),
-             QAccessible::queryAccessibleInterface(widgets_[2]));
-    // The edge pixel rows of a row belong to it, not to its neighbours: the point is taken in
-    // the viewport, where rows are laid out, not in the list's frame.
-    const QRect row_1 = list_->visualItemRect(list_->item(1));
-    for (int y : {row_1.top(), row_1.bottom()}) {
-      const QPoint edge = list_->viewport()->mapToGlobal(QPoint(row_1.center().x(), y));
-      QCOMPARE(iface->childAt(edge.x(), edge.y()),
-               QAccessible::queryAccessibleInterface(widgets_[1]));
+    for (int row = 0; row < 3; ++row) {
+      const QPoint on_row = widgets_[row]->mapToGlobal(widgets_[row]->rect().center());
+      QCOMPARE(iface->childAt(on_row.x(), on_row.y()),
+               QAccessible::queryAccessibleInterface(widgets_[row]));
     }
+  }
+
+  // The row is looked up at the point in the list's own coordinates (frame included), not in
+  // the viewport's: along a vertical line through the list, every hit is the row that itemAt
+  // gives there.
+  void childAt_looksUpRowInListCoordinates() {
+    QAccessibleInterface* iface = QAccessible::queryAccessibleInterface(list_);
+    const int x = list_->width() / 2;
+    int hits = 0;
+    for (int y = -2; y < list_->height() + 2; ++y) {
+      const QPoint global = list_->mapToGlobal(QPoint(x, y));
+      QListWidgetItem* item = list_->itemAt(QPoint(x, y));
+      QAccessibleInterface* expected =
+          item ? QAccessible::queryAccessibleInterface(list_->itemWidget(item)) : nullptr;
+      QCOMPARE(iface->childAt(global.x(), global.y()), expected);
+      hits += expected != nullptr;
+    }
+    QCOMPARE(hits, 3 * 40);
   }
 
   void childAt_outsideEveryRow_isNull() {
@@ -110,6 +124,33 @@ class tst_ListWidgetAccessible : public QObject {
     QCOMPARE(iface->childAt(below_rows.x(), below_rows.y()), nullptr);
     const QPoint outside_list = list_->mapToGlobal(QPoint(-50, -50));
     QCOMPARE(iface->childAt(outside_list.x(), outside_list.y()), nullptr);
+  }
+
+  // Both classes fill Qt's own slots: each listed function overrides a virtual of the base,
+  // in this order.
+  void overrides_sitInQtSlotsInOrder() {
+    if (!test_support::kHasVirtualSlots) QSKIP("vtable layout not readable on this target");
+    using test_support::VirtualSlot;
+    const QVector<int> list_slots{VirtualSlot(&QFListWidgetAccessible::childAt),
+                                  VirtualSlot(&QFListWidgetAccessible::child),
+                                  VirtualSlot(&QFListWidgetAccessible::childCount)};
+    const QVector<int> item_slots{VirtualSlot(&QFListWidgetItemAccessible::isValid),
+                                  VirtualSlot(&QFListWidgetItemAccessible::object),
+                                  VirtualSlot(&QFListWidgetItemAccessible::childAt),
+                                  VirtualSlot(&QFListWidgetItemAccessible::parent),
+                                  VirtualSlot(&QFListWidgetItemAccessible::child),
+                                  VirtualSlot(&QFListWidgetItemAccessible::childCount),
+                                  VirtualSlot(&QFListWidgetItemAccessible::indexOfChild),
+                                  VirtualSlot(&QFListWidgetItemAccessible::text),
+                                  VirtualSlot(&QFListWidgetItemAccessible::setText),
+                                  VirtualSlot(&QFListWidgetItemAccessible::rect),
+                                  VirtualSlot(&QFListWidgetItemAccessible::role),
+                                  VirtualSlot(&QFListWidgetItemAccessible::state)};
+    for (const QVector<int>* order : {&list_slots, &item_slots}) {
+      QVERIFY(order->first() >= 2);  // after the two destructor slots
+      const auto not_increasing = [](int before, int after) { return before >= after; };
+      QVERIFY(std::adjacent_find(order->begin(), order->end(), not_increasing) == order->end());
+    }
   }
 
   void factory_ignoresOtherKeysAndObjects_data() {

