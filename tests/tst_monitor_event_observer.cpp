@@ -3,12 +3,20 @@
 #include <QtTest>
 
 #include "qt_util/event_handler/monitor_event_observer.h"
+#include "support/interface_order.h"
 #include "support/virtual_screen.h"
 
 class tst_MonitorEventObserver : public QObject {
   Q_OBJECT
 
  private slots:
+  // Signal indices are part of the binary interface: the three keep their declaration order.
+  void signals_keepTheirOrder() {
+    QCOMPARE(test_support::DeclaredSignals(MonitorEventObserver::staticMetaObject),
+             (QStringList{"NotifyDisplayChange()", "NotifyDpiChanged()",
+                          "NotifySettingWorkAreaChange()"}));
+  }
+
   void madeObserver_isAsyncWithoutDelay() {
     MonitorEventObserver observer;
     QVERIFY(observer.IsAsync());

@@ -160,7 +160,7 @@ int RunObservers(QApplication&, const QString& out_dir) {
 
   MonitorEventObserver monitor;
   monitor.EnableAsyn(true, 200);
-  gallery::Say(QStringLiteral("Monitor observer: platform layer asked to announce %1, %2 ms late")
+  gallery::Say(QStringLiteral("Monitor observer: platform layer asked to announce %1, delay %2")
                    .arg(monitor.IsAsync() ? "asynchronously" : "at once")
                    .arg(monitor.Delay()));
 

@@ -8,7 +8,8 @@
 
 /// The place where the client's platform layer announces display, DPI and work-area changes.
 /// Nothing in this library emits the three signals: the platform layer emits them on the GUI
-/// thread, at once or after `delay` milliseconds as the EnableAsyn settings ask.
+/// thread, and reads the EnableAsyn settings to decide whether to emit at once or later (the
+/// unit of `delay` is the platform layer's).
 class QT_UTIL_EXPORT MonitorEventObserver : public QObject {
   Q_OBJECT
 
