@@ -1,6 +1,5 @@
 // Cost of an object event observer on every event its target receives, against the same
 // delivery with no filter and with a hand-written QObject event filter doing the same work.
-#include <QCoreApplication>
 #include <QEvent>
 #include <memory>
 
@@ -69,10 +68,5 @@ BENCHMARK(BM_Send_EventObserver);
 }  // namespace
 
 int main(int argc, char** argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return bench::RunWithApplication(argc, argv);
 }

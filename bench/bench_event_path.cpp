@@ -5,15 +5,20 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QMessageLogContext>
 #include <QMetaObject>
 #include <QObject>
 #include <QPointer>
+#include <QString>
 #include <memory>
 #include <set>
 #include <vector>
 
+#include "base/log/log.h"
 #include "bench_support.h"
 #include "qt_util/custom_event_util.h"
+#include "qt_util/event_handler/event_hooker.h"
+#include "qt_util/qt_log_hooker.h"
 
 namespace {
 
@@ -198,32 +203,9 @@ BENCHMARK(BM_DeleteObjectLater)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
-// ---------------------------------------------------------------------------------------------
-// Shared main: one offscreen application for every section, with the dispatcher installed as a
-// client would install it.
-// ---------------------------------------------------------------------------------------------
-
-int main(int argc, char** argv) {
-  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  if (!CustomEventUtils::InitCustomEventHandler()) return 1;
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}
-
 // =============================================================================================
 // Event hooks: the application-wide event filter and the Qt message hook
 // =============================================================================================
-
-#include <QMessageLogContext>
-#include <QString>
-
-#include "base/log/log.h"
-#include "qt_util/event_handler/event_hooker.h"
-#include "qt_util/qt_log_hooker.h"
 
 namespace {
 
@@ -330,3 +312,10 @@ BENCHMARK(BM_QtWarning_DroppedByLevel);
 BENCHMARK(BM_QtWarning_PrintedToDroppingSink);
 
 }  // namespace
+
+// One offscreen application for every section, with the dispatcher installed as a client would
+// install it.
+int main(int argc, char** argv) {
+  return bench::RunWithApplication(argc, argv,
+                                   [] { return CustomEventUtils::InitCustomEventHandler(); });
+}

@@ -137,13 +137,7 @@ BENCHMARK(BM_CalculateMultiLineStringRects)
 BENCHMARK(BM_SplitMultiLineStrings)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(BM_SplitLineByWholeWord)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
+// Layout needs real fonts.
 int main(int argc, char** argv) {
-  // Layout needs real fonts; the offscreen platform needs no display.
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return bench::RunWithApplication(argc, argv);
 }
