@@ -44,6 +44,8 @@ def table(path):
     lines = ["| Benchmark | Real time | CPU time | Throughput | Ratios |", "|---|---|---|---|---|"]
     for b in rows:
         name = b.get("run_name", b["name"])
+        if b.get("label"):
+            name += f" ({b['label']})"
         real = fmt_time(to_ns(b["real_time"], b.get("time_unit", "ns")))
         cpu = fmt_time(to_ns(b["cpu_time"], b.get("time_unit", "ns")))
         throughput = []
@@ -51,7 +53,7 @@ def table(path):
             throughput.append(f"{b['bytes_per_second'] / 1e6:.1f} MB/s")
         if "items_per_second" in b:
             throughput.append(f"{b['items_per_second'] / 1e6:.3f} M items/s")
-        ratios = [f"{k} = {v:.2f}" for k, v in sorted(b.items()) if k.startswith("x_")]
+        ratios = [f"{k} = {v:.3g}" for k, v in sorted(b.items()) if k.startswith("x_")]
         lines.append(f"| {name} | {real} | {cpu} | {', '.join(throughput)} | {', '.join(ratios)} |")
     return "\n".join(lines)
 
