@@ -1,7 +1,11 @@
 // The RTF writer of examples/html2rtf: the document it makes of the example's sample page
 // through CHTMLParser, and its own handling of calls that the parser cannot produce (other
 // fonts and colours, column widths, out-of-order structure).
+#include <sys/stat.h>
 #include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include "examples/html2rtf/rtf_writer.h"
@@ -442,6 +446,70 @@ class tst_Html2Rtf : public QObject {
     QVERIFY(rtf.contains("{\\pict\\pngblip\\picw24\\pich16\\picwgoal360\\pichgoal240\n"));
   }
 
+  void writer_imageSizeLimitIsInclusive() {
+    // sample.png is 139 bytes.
+    const QString png = kSampleDir + QStringLiteral("/sample.png");
+    RtfWriterOptions options;
+    options.maxImageBytes = 138;
+    RtfWriter tooSmall(options);
+    tooSmall.InsertImage(png, {});
+    QVERIFY(!tooSmall.Finish().contains("\\pict"));
+    options.maxImageBytes = 139;
+    RtfWriter exact(options);
+    exact.InsertImage(png, {});
+    QVERIFY(exact.Finish().contains("{\\pict\\pngblip"));
+  }
+
+  void writer_imageContentNotNameDecides() {
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    auto write = [&dir](const char* name, const QByteArray& bytes) {
+      QFile file(dir.filePath(QLatin1String(name)));
+      return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+    };
+    QFile png(kSampleDir + QStringLiteral("/sample.png"));
+    QVERIFY(png.open(QIODevice::ReadOnly));
+    const QByteArray pngBytes = png.readAll();
+    QVERIFY(write("text.png", "not a picture"));
+    QVERIFY(write("truncated.png", pngBytes.left(12)));  // the signature, then nothing usable
+    QVERIFY(write("png-named.jpg", pngBytes));
+    QVERIFY(write("empty.png", QByteArray()));
+    QVERIFY(::mkfifo(QFile::encodeName(dir.filePath(QStringLiteral("fifo.png"))).constData(),
+                     0600) == 0);  // opening it for reading would block
+
+    RtfWriterOptions options;
+    options.baseDir = dir.path();
+    RtfWriter writer(options);
+    for (const char* name : {"text.png", "truncated.png", "empty.png", "fifo.png"}) {
+      writer.InsertImage(QLatin1String(name), {});
+    }
+    writer.InsertImage(QStringLiteral("png-named.jpg"), {});
+    const QByteArray rtf = writer.Finish();
+    QVERIFY(
+        rtf.contains("{\\i [image: text.png]}{\\i [image: truncated.png]}"
+                     "{\\i [image: empty.png]}{\\i [image: fifo.png]}{\\pict\\pngblip\\picw24"));
+    QCOMPARE(rtf.count("\\pict"), 1);
+  }
+
+  void writer_pictureGoalIsClamped() {
+    // A picture 1 pixel wide and 30000 high: its own height, or one scaled from a width, would
+    // give goal sizes that readers' 32-bit twip fields cannot hold.
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    QImage tall(1, 30000, QImage::Format_RGB32);
+    tall.fill(Qt::black);
+    QVERIFY(tall.save(dir.filePath(QStringLiteral("tall.png")), "PNG"));
+    RtfWriterOptions options;
+    options.baseDir = dir.path();
+    RtfWriter writer(options);
+    writer.InsertImage(QStringLiteral("tall.png"), {});
+    writer.InsertImage(QStringLiteral("tall.png"),
+                       {{QStringLiteral("width"), QStringLiteral("20000")}});
+    const QByteArray rtf = writer.Finish();
+    QCOMPARE(rtf.count("\\picw1\\pich30000\\picwgoal15\\pichgoal300000\n"), 1);
+    QCOMPARE(rtf.count("\\picw1\\pich30000\\picwgoal300000\\pichgoal300000\n"), 1);
+  }
+
   void escapeText_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QByteArray>("escaped");
@@ -461,6 +529,67 @@ class tst_Html2Rtf : public QObject {
     QFETCH(QByteArray, escaped);
     QCOMPARE(RtfWriter::EscapeText(text), escaped);
   }
+
+#ifdef HTML2RTF_COMMAND
+  void command_readsStdinWhenGivenNoFile() {
+    QProcess process;
+    process.start(QStringLiteral(HTML2RTF_COMMAND), QStringList());
+    QVERIFY(process.waitForStarted());
+    process.write("<b>caf\xc3\xa9</b>");
+    process.closeWriteChannel();
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 0);
+    const QByteArray rtf = process.readAllStandardOutput();
+    QVERIFY(rtf.startsWith("{\\rtf1\\ansi"));
+    QVERIFY(rtf.contains("{\\f0\\fs18\\cf1\\b caf\\u233?}"));
+    QVERIFY(process.readAllStandardError().isEmpty());
+  }
+
+  void command_convertsAFileWithImagesBesideIt() {
+    QProcess process;
+    process.setWorkingDirectory(QDir::tempPath());  // images are found next to the input
+    process.start(QStringLiteral(HTML2RTF_COMMAND), {kSampleDir + QStringLiteral("/sample.html")});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    const QByteArray rtf = process.readAllStandardOutput();
+    QVERIFY(BracesBalanced(rtf));
+    QVERIFY(rtf.contains("{\\pict\\pngblip"));
+    QVERIFY(rtf.contains("{\\pict\\jpegblip"));
+  }
+
+  void command_reportsInputItCannotRead_data() {
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("standardInput");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("message");
+    const QString missing = QDir::temp().filePath(QStringLiteral("html2rtf-no-such-file.html"));
+    QTest::newRow("missing file") << QStringList{missing} << QString() << 1
+                                  << ("html2rtf: cannot open " + missing.toUtf8() + ": ");
+    QTest::newRow("directory") << QStringList{kSampleDir} << QString() << 1
+                               << ("html2rtf: cannot open " + kSampleDir.toUtf8() + ": ");
+    // A directory opens as stdin but cannot be read: that must not pass for empty input.
+    QTest::newRow("unreadable stdin")
+        << QStringList() << kSampleDir << 1 << QByteArray("html2rtf: cannot read stdin: ");
+    QTest::newRow("two files") << QStringList{missing, missing} << QString() << 2
+                               << QByteArray("html2rtf: at most one input file\n");
+  }
+  void command_reportsInputItCannotRead() {
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, standardInput);
+    QFETCH(int, exitCode);
+    QFETCH(QByteArray, message);
+    QProcess process;
+    if (!standardInput.isEmpty()) process.setStandardInputFile(standardInput);
+    process.start(QStringLiteral(HTML2RTF_COMMAND), arguments);
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), exitCode);
+    QVERIFY(process.readAllStandardOutput().isEmpty());
+    const QByteArray error = process.readAllStandardError();
+    QVERIFY2(error.startsWith(message), error.constData());
+  }
+#endif
 
   void emptyInput_isAnEmptyButCompleteDocument() {
     const QByteArray rtf = HtmlToRtf(QString());

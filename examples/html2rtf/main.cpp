@@ -28,16 +28,17 @@ int main(int argc, char** argv) {
 
   html2rtf::RtfWriterOptions options;
   QFile input;
+  const QString inputName = inputs.isEmpty() ? QStringLiteral("stdin") : inputs.first();
   if (inputs.isEmpty()) {
     if (!input.open(stdin, QIODevice::ReadOnly)) {
-      std::fprintf(stderr, "html2rtf: cannot read stdin\n");
+      std::fprintf(stderr, "html2rtf: cannot read stdin: %s\n", qPrintable(input.errorString()));
       return 1;
     }
     options.baseDir = QDir::currentPath();
   } else {
-    input.setFileName(inputs.first());
+    input.setFileName(inputName);
     if (!input.open(QIODevice::ReadOnly)) {
-      std::fprintf(stderr, "html2rtf: cannot open %s: %s\n", qPrintable(inputs.first()),
+      std::fprintf(stderr, "html2rtf: cannot open %s: %s\n", qPrintable(inputName),
                    qPrintable(input.errorString()));
       return 1;
     }
@@ -45,6 +46,13 @@ int main(int argc, char** argv) {
   }
   // Chat HTML is UTF-8; a byte-order mark is not part of the text.
   QByteArray bytes = input.readAll();
+  // A failed read (a directory or a closed descriptor as stdin, an I/O error) looks like empty
+  // input to readAll; converting that would pass off an empty document as the result.
+  if (input.error() != QFileDevice::NoError) {
+    std::fprintf(stderr, "html2rtf: cannot read %s: %s\n", qPrintable(inputName),
+                 qPrintable(input.errorString()));
+    return 1;
+  }
   if (bytes.startsWith("\xef\xbb\xbf")) bytes.remove(0, 3);
 
   const QByteArray rtf = html2rtf::HtmlToRtf(QString::fromUtf8(bytes), options);

@@ -14,7 +14,7 @@ namespace html2rtf {
 namespace {
 
 constexpr int kDefaultFontSize = 9;
-// \fs counts half-points in a signed 16-bit field in older readers.
+// The largest point size that common readers accept (\fs counts half-points).
 constexpr int kMaxFontSize = 1638;
 constexpr int kDefaultColumnWidth = 2000;
 constexpr int kMaxColumnWidth = 31680;
@@ -22,6 +22,8 @@ constexpr int kMaxListLevel = 9;
 constexpr int kIndentPerLevel = 720;
 constexpr int kTwipsPerPixel = 15;  // at 96 dpi
 constexpr int kMaxPictureGoalPixels = 20000;
+// Whatever the options say: the hex text is twice the file and must fit in one QByteArray.
+constexpr qint64 kMaxImageBytesCap = 256 * 1024 * 1024;
 constexpr int kHexLineLength = 128;
 
 QByteArray Number(qint64 value) {
@@ -39,12 +41,27 @@ QSize GoalSize(const QSize& natural, const QMap<QString, QString>& attributes) {
   heightOk = heightOk && height > 0;
   width = std::min(width, kMaxPictureGoalPixels);
   height = std::min(height, kMaxPictureGoalPixels);
+  // A scaled side is clamped too: a 1x100000 picture given width=20000 must not overflow.
+  auto scaled = [](qint64 side, int by, int of) {
+    return int(std::clamp<qint64>(side * by / of, 1, kMaxPictureGoalPixels));
+  };
   if (widthOk && heightOk) return QSize(width, height);
-  if (widthOk)
-    return QSize(width, std::max<qint64>(1, qint64(natural.height()) * width / natural.width()));
-  if (heightOk)
-    return QSize(std::max<qint64>(1, qint64(natural.width()) * height / natural.height()), height);
-  return natural;
+  if (widthOk) return QSize(width, scaled(natural.height(), width, natural.width()));
+  if (heightOk) return QSize(scaled(natural.width(), height, natural.height()), height);
+  return natural.boundedTo(QSize(kMaxPictureGoalPixels, kMaxPictureGoalPixels));
+}
+
+// Reads the whole file into `data` unless it holds more than `limit` bytes. The size that stat
+// reported is not trusted: a file may grow after it, and some (under /proc) report 0.
+bool ReadBounded(QFile& file, qint64 limit, QByteArray& data) {
+  constexpr qint64 kChunk = 64 * 1024;
+  data.clear();
+  while (data.size() <= limit) {
+    const QByteArray chunk = file.read(std::min(kChunk, limit + 1 - data.size()));
+    if (chunk.isEmpty()) return file.error() == QFileDevice::NoError;
+    data += chunk;
+  }
+  return false;
 }
 
 QByteArray HexLines(const QByteArray& data) {
@@ -333,11 +350,13 @@ void RtfWriter::WritePlaceholder(const QString& text) {
 bool RtfWriter::WritePicture(const QString& source, const QMap<QString, QString>& attributes) {
   if (!options_.loadImages || source.isEmpty()) return false;
   const QFileInfo info(ResolveImagePath(source, options_.baseDir));
+  const qint64 limit = std::clamp<qint64>(options_.maxImageBytes, 0, kMaxImageBytesCap);
   // Only regular files: a device or a pipe named as a source must not be read.
-  if (!info.isFile() || !info.isReadable() || info.size() > options_.maxImageBytes) return false;
+  if (!info.isFile() || !info.isReadable() || info.size() > limit) return false;
   QFile file(info.filePath());
   if (!file.open(QIODevice::ReadOnly)) return false;
-  QByteArray data = file.readAll();
+  QByteArray data;
+  if (!ReadBounded(file, limit, data)) return false;
 
   const char* blip = nullptr;
   QByteArray format;

@@ -19,7 +19,8 @@ struct RtfWriterOptions {
   // When false every image becomes its placeholder text and no file is opened (the fuzzer
   // uses this so that arbitrary input cannot make it read the file system).
   bool loadImages = true;
-  // Larger image files are not embedded: the RTF would carry twice their size in hex.
+  // Larger image files are not embedded: the RTF would carry twice their size in hex. Values
+  // above 256 MiB count as 256 MiB.
   qint64 maxImageBytes = 16 * 1024 * 1024;
 };
 
