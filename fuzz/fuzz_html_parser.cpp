@@ -1,7 +1,9 @@
 // Feeds arbitrary bytes, read once as UTF-8 and once as Latin-1, through CHTMLParser into a
 // sink that checks every promise the parser makes about its calls, and through the html2rtf
-// writer, whose document must stay well-formed whatever comes in. A broken promise aborts,
-// and libFuzzer keeps the input that did it.
+// writer, whose document must stay well-formed whatever comes in. Short inputs are also
+// converted by the literal step-by-step parser of the tests, whose calls and final formatting
+// fields the parser must reproduce exactly. A broken promise aborts, and libFuzzer keeps the
+// input that did it.
 #include <QMap>
 #include <QString>
 #include <algorithm>
@@ -13,6 +15,8 @@
 
 #include "examples/html2rtf/rtf_writer.h"
 #include "qt_util/html_parser.h"
+#include "tests/support/literal_html_parser.h"
+#include "tests/support/recording_sink.h"
 
 namespace {
 
@@ -27,24 +31,14 @@ namespace {
     if (!(condition)) Fail(#condition, (detail)); \
   } while (0)
 
-// Comment removal the slow, obvious way: remove the first "<!--" up to the first "-->" of the
-// text and search again from the start, until that "-->" does not come after the "<!--". The
-// parser does the same in one pass; the two must agree.
-QString ReferenceSimplify(QString html) {
-  for (;;) {
-    const int s = html.indexOf(QLatin1String("<!--"));
-    const int e = html.indexOf(QLatin1String("-->"));
-    if (s == -1 || e == -1 || e <= s + 3) return html;
-    html.remove(s, e - s + 3);
-  }
-}
-
 // The text the parser actually walks: `html` without its comments.
 QString WithoutComments(const QString& html) {
   QString simplified = html;
   CHTMLParser(QString(), nullptr).SimplifyHTML(simplified);
-  // The reference is quadratic in the number of comments; longer inputs (which libFuzzer's
-  // default length limit never makes) only get the other checks.
+  // ReferenceSimplify removes the first "<!--" up to the first "-->" and searches again from the
+  // start; the parser does the same in one pass. The reference is quadratic in the number of
+  // comments; longer inputs (which libFuzzer's default length limit never makes) only get the
+  // other checks.
   if (html.size() <= (1 << 16)) {
     const QString expected = ReferenceSimplify(html);
     FUZZ_CHECK(simplified == expected, expected);
@@ -224,7 +218,50 @@ void CheckRtf(const QByteArray& rtf) {
   FUZZ_CHECK(depth == 0 && rtf.mid(i + 1) == "\n", QString::number(i));
 }
 
+// The first entry at which two call logs differ, with its neighbours, or "<end>" past the end.
+QString FirstDifference(const QStringList& expected, const QStringList& actual) {
+  int i = 0;
+  while (i < expected.size() && i < actual.size() && expected.at(i) == actual.at(i)) ++i;
+  const auto around = [i](const QStringList& calls) {
+    QStringList shown;
+    for (int k = std::max(0, i - 1); k <= i + 1; ++k) {
+      shown << (k < calls.size() ? calls.at(k).left(120) : QStringLiteral("<end>"));
+      if (k >= calls.size()) break;
+    }
+    return shown.join(QLatin1String(" | "));
+  };
+  return QStringLiteral("call %1 of %2/%3\n  literal: %4\n  parser:  %5")
+      .arg(i)
+      .arg(expected.size())
+      .arg(actual.size())
+      .arg(around(expected), around(actual));
+}
+
+// The literal parser searches for comments from the start again after each removal and strips
+// trailing quotes with a pattern that rescans a run of quotes from each of its characters, so
+// it is quadratic in places. 4096 characters is libFuzzer's default length limit when the
+// corpus holds nothing longer, so every input it makes is compared while one input still takes
+// milliseconds; longer inputs (large seeds) only get the other checks.
+constexpr int kLiteralCompareLimit = 4096;
+
+void CompareWithLiteral(const QString& html) {
+  if (html.size() > kLiteralCompareLimit) return;
+  RecordingSink expected;
+  LiteralParser(&expected).Convert(html);
+  RecordingSink actual;
+  CHTMLParser parser(html, &actual);
+  if (actual.calls == expected.calls && actual.FormatFields() == expected.FormatFields()) return;
+  std::fprintf(stderr,
+               "fuzz_html_parser: the parser differs from the literal parser\n%s\n"
+               "  fields, literal: [%s]\n  fields, parser:  [%s]\n",
+               FirstDifference(expected.calls, actual.calls).toUtf8().constData(),
+               expected.FormatFields().toUtf8().constData(),
+               actual.FormatFields().toUtf8().constData());
+  std::abort();
+}
+
 void Convert(const QString& html) {
+  CompareWithLiteral(html);
   const InputFacts facts = FactsOf(html);
   CheckingSink sink(facts);
   CHTMLParser parser(html, &sink);
