@@ -32,7 +32,7 @@ void BM_DisabledRecord(benchmark::State& state) {
   base::log::SetLogLevel(4);
   bench::LoopTimer timer(state);
   for (auto _ : state) {
-    QTU_LOG(6) << "widget " << kName << " shown at " << 42;
+    QTU_LOG(base::log::kLevelInfo) << "widget " << kName << " shown at " << 42;
     benchmark::ClobberMemory();
   }
   timer.ReportRatio("GetLogLevel");
@@ -53,7 +53,7 @@ void BM_EnabledRecord_DroppingSink(benchmark::State& state) {
   base::log::SetLogLevel(6);
   DroppingSink();
   bench::LoopTimer timer(state);
-  for (auto _ : state) QTU_LOG(6) << "widget " << kName << " shown at " << 42;
+  for (auto _ : state) QTU_LOG(base::log::kLevelInfo) << "widget " << kName << " shown at " << 42;
   timer.ReportRatio("snprintf");
   base::log::SetLogSink({});
 }
@@ -73,7 +73,7 @@ void BM_EnabledRecord_Long_Truncated(benchmark::State& state) {
   base::log::SetLogLevel(6);
   DroppingSink();
   bench::LoopTimer timer(state);
-  for (auto _ : state) QTU_LOG(6) << "long: " << kLong;
+  for (auto _ : state) QTU_LOG(base::log::kLevelInfo) << "long: " << kLong;
   timer.ReportRatio("snprintf_long");
   base::log::SetLogSink({});
 }

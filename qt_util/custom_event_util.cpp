@@ -94,7 +94,7 @@ bool CustomEventUtils::InitCustomEventHandler() {
     g_handler_installed =
         QInternal::registerCallback(QInternal::EventNotifyCallback, &CustomEventHandler);
   }
-  if (!g_handler_installed) QTU_LOG(1) << "custom event handler init failed";
+  if (!g_handler_installed) QTU_LOG(base::log::kLevelFailure) << "custom event handler init failed";
   return g_handler_installed;
 }
 
@@ -116,7 +116,7 @@ bool CustomEventUtils::CustomEventHandler(void** data) {
   if (type == ActivateWidgetEvent::EventType) {
     auto* widget = qobject_cast<QWidget*>(receiver);
     if (!widget) {
-      QTU_LOG(1) << "receiver is not a qwidget";
+      QTU_LOG(base::log::kLevelFailure) << "receiver is not a qwidget";
       return false;
     }
     widget->activateWindow();
@@ -135,7 +135,7 @@ bool CustomEventUtils::CustomEventHandler(void** data) {
 void CustomEventUtils::DeleteObjectLater(QObject* object) {
   if (!object) return;
   if (!g_handler_installed) {
-    QTU_LOG(1) << "custom event handler didn't init";
+    QTU_LOG(base::log::kLevelFailure) << "custom event handler didn't init";
     return;
   }
   g_pending_delete.objects.insert(object);
@@ -150,11 +150,11 @@ void CustomEventUtils::DeleteObjectLater(QObject* object) {
 
 void CustomEventUtils::ActivateWidgetLater(QWidget* widget) {
   if (!widget) {
-    QTU_LOG(1) << "widget is nullptr";
+    QTU_LOG(base::log::kLevelFailure) << "widget is nullptr";
     return;
   }
   if (!g_handler_installed) {
-    QTU_LOG(1) << "custom event handler didn't init";
+    QTU_LOG(base::log::kLevelFailure) << "custom event handler didn't init";
     return;
   }
   QCoreApplication::postEvent(widget, new ActivateWidgetEvent(), Qt::NormalEventPriority);
@@ -163,7 +163,7 @@ void CustomEventUtils::ActivateWidgetLater(QWidget* widget) {
 void CustomEventUtils::DelayAction(QObject* context, std::function<void()> action) {
   if (!context || !action) return;
   if (!g_handler_installed) {
-    QTU_LOG(1) << "custom event handler didn't init";
+    QTU_LOG(base::log::kLevelFailure) << "custom event handler didn't init";
     return;
   }
   QCoreApplication::postEvent(context, new DelayActionEvent(std::move(action)),

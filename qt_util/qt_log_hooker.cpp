@@ -42,16 +42,16 @@ void QtLogHooker::HandleGlobalMessage(QtMsgType type, const QMessageLogContext& 
                                 QString::number(context.line), message);
   switch (type) {
     case QtInfoMsg:
-      QTU_LOG(6) << QTStringUtils::QStr2StdStr(text);
+      QTU_LOG(base::log::kLevelInfo) << QTStringUtils::QStr2StdStr(text);
       break;
     case QtWarningMsg:
-      QTU_LOG(4) << QTStringUtils::QStr2StdStr(text);
+      QTU_LOG(base::log::kLevelWarning) << QTStringUtils::QStr2StdStr(text);
       break;
     case QtCriticalMsg:
-      QTU_LOG(5) << QTStringUtils::QStr2StdStr(text);
+      QTU_LOG(base::log::kLevelQtCritical) << QTStringUtils::QStr2StdStr(text);
       break;
     case QtFatalMsg:
-      QTU_LOG(1) << QTStringUtils::QStr2StdStr(text);
+      QTU_LOG(base::log::kLevelFailure) << QTStringUtils::QStr2StdStr(text);
       break;
     case QtDebugMsg:
       // Qt's debug chatter would drown the client's own lines at any level.

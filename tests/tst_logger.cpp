@@ -31,7 +31,7 @@ void UseBufferOfCapacity(int capacity) {
 // Destroyed after the thread-local store on its thread when built before it: its destructor
 // logs the way a late thread-exit destructor of a client would.
 struct LateLogger {
-  ~LateLogger() { QTU_LOG(1) << "late " << 1; }
+  ~LateLogger() { QTU_LOG(base::log::kLevelFailure) << "late " << 1; }
 };
 
 // Everything written to stderr while `write` runs.
@@ -73,7 +73,7 @@ class tst_Logger : public QObject {
     LogCapture capture(6);
     const std::string first(1000, 'a');
     const std::string second(100, 'b');
-    QTU_LOG(1) << first << second;
+    QTU_LOG(base::log::kLevelFailure) << first << second;
     const auto records = capture.Records();
     QCOMPARE(records.size(), size_t(1));
     QCOMPARE(records[0].text, first + std::string(24, 'b'));
@@ -82,20 +82,20 @@ class tst_Logger : public QObject {
   void nullCString_printsNullptr() {
     LogCapture capture(6);
     const char* missing = nullptr;
-    QTU_LOG(1) << "name=" << missing << ";";
+    QTU_LOG(base::log::kLevelFailure) << "name=" << missing << ";";
     QCOMPARE(capture.Texts(), std::vector<std::string>{"name=nullptr;"});
   }
 
   void streamsStdStringAndInt() {
     LogCapture capture(6);
-    QTU_LOG(4) << std::string("count ") << 42 << " min " << -2147483647 - 1;
+    QTU_LOG(base::log::kLevelWarning) << std::string("count ") << 42 << " min " << -2147483647 - 1;
     QCOMPARE(capture.Texts(), std::vector<std::string>{"count 42 min -2147483648"});
   }
 
   void twoRecordsInARow_secondStartsEmpty() {
     LogCapture capture(6);
-    QTU_LOG(1) << "first";
-    QTU_LOG(1) << "second";
+    QTU_LOG(base::log::kLevelFailure) << "first";
+    QTU_LOG(base::log::kLevelFailure) << "second";
     QCOMPARE(capture.Texts(), (std::vector<std::string>{"first", "second"}));
     QCOMPARE(ThreadBuffer()->length, 0);
     QCOMPARE(ThreadBuffer()->data[0], '\0');
@@ -125,10 +125,10 @@ class tst_Logger : public QObject {
   void disabledRecord_doesNotEvaluateArguments() {
     LogCapture capture(4);
     g_evaluations = 0;
-    QTU_LOG(5) << CountedText() << CountedText();
+    QTU_LOG(base::log::kLevelQtCritical) << CountedText() << CountedText();
     QCOMPARE(g_evaluations, 0);
     QCOMPARE(capture.Size(), size_t(0));
-    QTU_LOG(4) << CountedText();
+    QTU_LOG(base::log::kLevelWarning) << CountedText();
     QCOMPARE(g_evaluations, 1);
     QCOMPARE(capture.Size(), size_t(1));
   }
@@ -139,7 +139,7 @@ class tst_Logger : public QObject {
     LogCapture capture(0);
     LogStreamBuffer* seen = reinterpret_cast<LogStreamBuffer*>(1);
     std::thread([&] {
-      QTU_LOG(1) << "never";
+      QTU_LOG(base::log::kLevelFailure) << "never";
       seen = ThreadBuffer();
     }).join();
     QCOMPARE(seen, nullptr);
@@ -151,7 +151,7 @@ class tst_Logger : public QObject {
     std::thread([] {
       thread_local LateLogger late;
       (void)&late;  // constructed here, before the store the next record creates
-      QTU_LOG(1) << "early";
+      QTU_LOG(base::log::kLevelFailure) << "early";
     }).join();
     // The early record is printed; the late one finds no buffer and is lost without a crash or
     // a leaked buffer (the sanitizer run checks both).
@@ -163,7 +163,7 @@ class tst_Logger : public QObject {
     bool other_branch = false;
     for (bool condition : {true, false}) {
       if (condition)
-        QTU_LOG(1) << "taken";
+        QTU_LOG(base::log::kLevelFailure) << "taken";
       else
         other_branch = true;
     }
@@ -174,7 +174,7 @@ class tst_Logger : public QObject {
   void recordCarriesBaseNameLineAndUnqualifiedFunction() {
     LogCapture capture(6);
     const int line = __LINE__ + 1;
-    QTU_LOG(6) << "where";
+    QTU_LOG(base::log::kLevelInfo) << "where";
     const auto records = capture.Records();
     QCOMPARE(records.size(), size_t(1));
     QCOMPARE(records[0].file, std::string("tst_logger.cpp"));
@@ -200,7 +200,7 @@ class tst_Logger : public QObject {
     LogCapture capture(6);
     LogStreamBuffer* before = ThreadBuffer();
     char* data_before = before->data;
-    QTU_LOG(1) << std::string(5000, 'x');
+    QTU_LOG(base::log::kLevelFailure) << std::string(5000, 'x');
     QCOMPARE(ThreadBuffer(), before);
     QCOMPARE(ThreadBuffer()->data, data_before);
     QCOMPARE(ThreadBuffer()->capacity, 1024);
@@ -210,7 +210,7 @@ class tst_Logger : public QObject {
     LogCapture capture(6);
     base::log::SetCheckLogLength(false);
     UseBufferOfCapacity(3000);
-    QTU_LOG(1) << std::string(2000, 'y');
+    QTU_LOG(base::log::kLevelFailure) << std::string(2000, 'y');
     QCOMPARE(capture.Texts(), std::vector<std::string>{std::string(1024, 'y')});
   }
 
@@ -218,7 +218,7 @@ class tst_Logger : public QObject {
     LogCapture capture(7);
     base::log::SetCheckLogLength(true);
     UseBufferOfCapacity(3000);
-    QTU_LOG(7) << std::string(2000, 'z');
+    QTU_LOG(base::log::kUnlimitedLogLevel) << std::string(2000, 'z');
     base::log::SetCheckLogLength(false);
     QCOMPARE(capture.Texts(), std::vector<std::string>{std::string(2000, 'z')});
   }
@@ -234,7 +234,7 @@ class tst_Logger : public QObject {
       base::log::SetLogLevel(6);
       base::log::SetCheckLogLength(true);
       UseBufferOfCapacity(3000);
-      QTU_LOG(1) << std::string(1500, 'w');
+      QTU_LOG(base::log::kLevelFailure) << std::string(1500, 'w');
       _exit(0);  // reached only if the assertion did not fire
     }
     close(pipe_fds[1]);
@@ -258,7 +258,8 @@ class tst_Logger : public QObject {
     for (int t = 0; t < kThreads; ++t) {
       threads.emplace_back([t] {
         const std::string mark(20, char('a' + t));
-        for (int i = 0; i < kRecords; ++i) QTU_LOG(1) << mark << ":" << i << ":" << mark;
+        for (int i = 0; i < kRecords; ++i)
+          QTU_LOG(base::log::kLevelFailure) << mark << ":" << i << ":" << mark;
       });
     }
     for (auto& thread : threads) thread.join();
@@ -286,9 +287,9 @@ class tst_Logger : public QObject {
     std::vector<LogRecord> outer;
     base::log::LogSink previous = base::log::SetLogSink([&](const LogRecord& record) {
       outer.push_back(record);
-      QTU_LOG(1) << "from the sink";
+      QTU_LOG(base::log::kLevelFailure) << "from the sink";
     });
-    const QString text = StderrOf([] { QTU_LOG(4) << "to the sink"; });
+    const QString text = StderrOf([] { QTU_LOG(base::log::kLevelWarning) << "to the sink"; });
     base::log::SetLogSink(std::move(previous));
     QCOMPARE(outer.size(), size_t(1));
     QCOMPARE(outer[0].text, std::string("to the sink"));
@@ -306,8 +307,8 @@ class tst_Logger : public QObject {
       ++calls;
       replaced_returned_empty = !base::log::SetLogSink([](const LogRecord&) {});
     });
-    QTU_LOG(1) << "one";
-    QTU_LOG(1) << "two";  // still reaches the first sink
+    QTU_LOG(base::log::kLevelFailure) << "one";
+    QTU_LOG(base::log::kLevelFailure) << "two";  // still reaches the first sink
     base::log::SetLogSink(std::move(previous));
     QCOMPARE(calls, 2);
     QVERIFY(replaced_returned_empty);

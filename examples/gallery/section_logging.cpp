@@ -15,7 +15,9 @@ int RunLogging(QApplication&, const QString&) {
       "Log level 4: levels 1 and 4 go to the default stderr sink, 5 and 6 are dropped "
       "before their text is even built.");
   base::log::SetLogLevel(4);
-  for (int level : {1, 4, 5, 6}) QTU_LOG(level) << "a record at level " << level;
+  for (int level : {base::log::kLevelFailure, base::log::kLevelWarning, base::log::kLevelQtCritical,
+                    base::log::kLevelInfo})
+    QTU_LOG(level) << "a record at level " << level;
 
   gallery::Say("Log level 6 with a custom sink that prints level, file:line and text:");
   base::log::SetLogLevel(6);
@@ -29,10 +31,13 @@ int RunLogging(QApplication&, const QString&) {
                      .arg(QString::fromStdString(record.function))
                      .arg(QString::fromStdString(record.text)));
   });
-  for (int level : {1, 4, 5, 6}) QTU_LOG(level) << "a record at level " << level;
+  for (int level : {base::log::kLevelFailure, base::log::kLevelWarning, base::log::kLevelQtCritical,
+                    base::log::kLevelInfo})
+    QTU_LOG(level) << "a record at level " << level;
   const char* missing = nullptr;
-  QTU_LOG(6) << "a null C string streams as " << missing;
-  QTU_LOG(6) << "a 2000-character text is cut at 1024: " << std::string(2000, '.');
+  QTU_LOG(base::log::kLevelInfo) << "a null C string streams as " << missing;
+  QTU_LOG(base::log::kLevelInfo) << "a 2000-character text is cut at 1024: "
+                                 << std::string(2000, '.');
   base::log::SetLogSink(std::move(previous));
   base::log::SetLogLevel(4);
   return seen == 6 ? 0 : 1;

@@ -27,7 +27,7 @@ bool HandleButtonClick(QAbstractButton* button) {
   if (label.isEmpty()) label = button->accessibleName();
   if (label.isEmpty()) label = button->accessibleDescription();
   if (!label.isEmpty()) {
-    QTU_LOG(6) << "button " << QTStringUtils::QStr2StdStr(label) << " clicked";
+    QTU_LOG(base::log::kLevelInfo) << "button " << QTStringUtils::QStr2StdStr(label) << " clicked";
   }
   return false;
 }
@@ -69,9 +69,10 @@ Q_NEVER_INLINE bool HandleGlobalEvent(QObject* watched, QEvent* event) {
       if (!LeftButtonEvent(event) || !watched->isWidgetType()) return false;
       auto* widget = static_cast<QWidget*>(watched);
       const QPoint cursor = QCursor::pos();
-      QTU_LOG(6) << "Click Widget Stack " << QTStringUtils::QStr2StdStr(widget->objectName())
-                 << " ,accessibleName:" << QTStringUtils::QStr2StdStr(widget->accessibleName())
-                 << ", pos={" << cursor.x() << "," << cursor.y() << "}";
+      QTU_LOG(base::log::kLevelInfo)
+          << "Click Widget Stack " << QTStringUtils::QStr2StdStr(widget->objectName())
+          << " ,accessibleName:" << QTStringUtils::QStr2StdStr(widget->accessibleName())
+          << ", pos={" << cursor.x() << "," << cursor.y() << "}";
       QMessageLogger(__FILE__, __LINE__, kHandleGlobalEventSignature)
           .debug("Click Widget ObjName: %s, ClassName: %s, Visible: %d, Hidden: %d",
                  widget->objectName().toUtf8().constData(), widget->metaObject()->className(),
@@ -102,7 +103,8 @@ Q_NEVER_INLINE bool HandleGlobalEvent(QObject* watched, QEvent* event) {
 EventHooker::EventHooker(QObject* parent) : QObject(parent) {
   QCoreApplication* application = QCoreApplication::instance();
   if (!application) {
-    QTU_LOG(1) << "EventHooker created before the application object, no event is filtered";
+    QTU_LOG(base::log::kLevelFailure)
+        << "EventHooker created before the application object, no event is filtered";
     return;
   }
   application->installEventFilter(this);
@@ -120,7 +122,8 @@ bool EventHooker::eventFilter(QObject* watched, QEvent* event) {
 void EventHooker::InitGlobalEventHooker() {
   if (g_global_hooker) return;
   if (!QCoreApplication::instance()) {
-    QTU_LOG(1) << "InitGlobalEventHooker called before the application object, not installed";
+    QTU_LOG(base::log::kLevelFailure)
+        << "InitGlobalEventHooker called before the application object, not installed";
     return;
   }
   g_global_hooker = std::make_shared<EventHooker>();

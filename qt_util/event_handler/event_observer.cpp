@@ -42,7 +42,7 @@ void EventObserver::ReleaseCallback() {
 void QtEventObserver::ListenEvent(QObject* target, QObject* listener,
                                   std::function<bool(QObject*, QEvent*)> callback) {
   if (!target || !listener) {
-    QTU_LOG(1) << "ListenEvent: null " << (target ? "listener" : "target");
+    QTU_LOG(base::log::kLevelFailure) << "ListenEvent: null " << (target ? "listener" : "target");
     return;
   }
   auto observer = std::make_shared<EventObserver>();

@@ -8,7 +8,8 @@
 QtScreenObserver::QtScreenObserver(QObject* parent) : QObject(parent) {
   auto* app = qobject_cast<QGuiApplication*>(QCoreApplication::instance());
   if (!app) {
-    QTU_LOG(1) << "QtScreenObserver: no QGuiApplication, screens are not observed";
+    QTU_LOG(base::log::kLevelFailure)
+        << "QtScreenObserver: no QGuiApplication, screens are not observed";
     return;
   }
   connect(app, &QGuiApplication::primaryScreenChanged, this,

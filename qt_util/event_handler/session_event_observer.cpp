@@ -23,7 +23,8 @@ SessionEventObserver* SessionEventObserver::Instance() {
 void SessionEventObserver::ConnectSessionChangeEvent(QObject* receiver,
                                                      std::function<void(bool)> handler) {
   if (!receiver || !handler) {
-    QTU_LOG(1) << "ConnectSessionChangeEvent: " << (receiver ? "empty handler" : "null receiver");
+    QTU_LOG(base::log::kLevelFailure)
+        << "ConnectSessionChangeEvent: " << (receiver ? "empty handler" : "null receiver");
     return;
   }
   connect(this, &SessionEventObserver::NotifySessionChange, receiver, std::move(handler));
@@ -31,7 +32,7 @@ void SessionEventObserver::ConnectSessionChangeEvent(QObject* receiver,
 
 void SessionEventObserver::DisconnectSessionChangeEvent(QObject* receiver) {
   if (!receiver) {
-    QTU_LOG(1) << "DisconnectSessionChangeEvent: null receiver";
+    QTU_LOG(base::log::kLevelFailure) << "DisconnectSessionChangeEvent: null receiver";
     return;
   }
   disconnect(receiver);

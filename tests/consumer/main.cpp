@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
     text = record.text;
   });
   base::log::SetLogLevel(6);
-  QTU_LOG(4) << "consumer linked qt_util " << qt_util::Version();
+  QTU_LOG(base::log::kLevelWarning) << "consumer linked qt_util " << qt_util::Version();
   base::log::SetLogSink({});
 
   if (std::strcmp(qt_util::Version(), QT_UTIL_VERSION_STRING) != 0) {

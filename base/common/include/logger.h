@@ -2,7 +2,7 @@
 
 // The log writer every diagnostic line of the library goes through.
 //
-//   QTU_LOG(4) << "theme manager missing, using " << name;
+//   QTU_LOG(base::log::kLevelWarning) << "theme manager missing, using " << name;
 //
 // The level is tested before anything else: when base::log::GetLogLevel() is below the
 // record's level no writer is built and no argument after QTU_LOG(...) is evaluated.
@@ -32,6 +32,12 @@ struct LogStreamBuffer {
   int capacity;  // 1024 for every buffer the writer makes
   int length;
 };
+
+// The levels the library writes at; a record is written when GetLogLevel() is at least its level.
+inline constexpr int kLevelFailure = 1;     // an operation could not do what it was asked
+inline constexpr int kLevelWarning = 4;     // done, but not as the caller probably meant
+inline constexpr int kLevelQtCritical = 5;  // Qt's critical messages relayed into the log
+inline constexpr int kLevelInfo = 6;        // information and traces
 
 inline constexpr char kLogStreamKey[] = "base.log.stream";
 inline constexpr int kLogStreamCapacity = 1024;
