@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qt_util/qt_util_export.h"
+#include "qt_util/version_config.h"
 
 namespace qt_util {
 
