@@ -26,13 +26,17 @@ class Variant;
 /// the callback ends the process.
 class QT_UTIL_EXPORT CustomEvent : public QEvent {
  public:
+  /// An event of `type` without callback or params.
   explicit CustomEvent(QEvent::Type type);
+  /// Runs `callback` if it is set.
   ~CustomEvent() override;
 
   /// Replaces `params` with a private copy of `*params`; nullptr clears them.
   void SetParams(const base::variant::Variant* params);
 
+  /// Runs once when the event is destroyed; empty by default.
   std::function<void()> callback;
+  /// The event's data, shared by copies of the pointer; null when none was set.
   std::shared_ptr<base::variant::Variant> params;
 };
 
@@ -40,21 +44,27 @@ class QT_UTIL_EXPORT CustomEvent : public QEvent {
 /// Its params map holds "compress_event_type", "compress_event" and "receiver".
 class QT_UTIL_EXPORT CompressCustomEvent : public CustomEvent {
  public:
+  /// An event of type EventType without params; CompressPostEvent sets them.
   CompressCustomEvent();
+  /// Registered type number (hint 1005).
   static int EventType;
 };
 
 /// Posted by CustomEventUtils::DeleteObjectLater; deletes its receiver if still pending.
 class QT_UTIL_EXPORT CustomDeleteEvent : public CustomEvent {
  public:
+  /// An event of type EventType.
   CustomDeleteEvent();
+  /// Registered type number (hint 1001).
   static int EventType;
 };
 
 /// Posted by CustomEventUtils::ActivateWidgetLater; activates its receiver's window.
 class QT_UTIL_EXPORT ActivateWidgetEvent : public CustomEvent {
  public:
+  /// An event of type EventType.
   ActivateWidgetEvent();
+  /// Registered type number (hint 1002).
   static int EventType;
 };
 
@@ -62,56 +72,78 @@ class QT_UTIL_EXPORT ActivateWidgetEvent : public CustomEvent {
 /// does.
 class QT_UTIL_EXPORT DelayActionEvent : public QEvent {
  public:
+  /// An event of type EventType that will run `action` when delivered.
   explicit DelayActionEvent(std::function<void()> action);
+  /// Drops `action` without running it.
   ~DelayActionEvent() override;
 
+  /// What delivery runs; the event's receiver is its context.
   std::function<void()> action;
 
+  /// Registered type number (hint 1004).
   static int EventType;
 };
 
 // Type numbers of application events whose classes live in other modules of the client. Only
 // the numbers are kept here, so that every module reads the same ones.
 
+/// The application lost the active state.
 class QT_UTIL_EXPORT ApplicationDeactiveEvent {
  public:
+  /// Registered type number (hint 1003).
   static int EventType;
+  /// EventType as a QEvent::Type.
   static QEvent::Type QEventType() { return static_cast<QEvent::Type>(EventType); }
 };
 
+/// A mouse button went down, as the window system reported it.
 class QT_UTIL_EXPORT NativeMouseDownEvent {
  public:
+  /// Registered type number (hint 1006).
   static int EventType;
+  /// EventType as a QEvent::Type.
   static QEvent::Type QEventType() { return static_cast<QEvent::Type>(EventType); }
 };
 
+/// Layout of a widget is switched off for a while.
 class QT_UTIL_EXPORT DisableLayoutEvent {
  public:
+  /// Registered type number (hint 1007).
   static int EventType;
 };
 
+/// An image is to be added to the in-meeting chat input.
 class QT_UTIL_EXPORT InmeetingAddImageToInput {
  public:
+  /// Registered type number (hint 1008).
   static int EventType;
 };
 
+/// A magnification gesture.
 class QT_UTIL_EXPORT MagnifyWithEvent {
  public:
+  /// Registered type number (hint 1009).
   static int EventType;
 };
 
+/// A key was released, as the window system reported it.
 class QT_UTIL_EXPORT NativeKeyBroadReleaseEvent {
  public:
+  /// Registered type number (hint 1010).
   static int EventType;
 };
 
+/// The floating switch bar starts or ends a visibility change.
 class QT_UTIL_EXPORT FloatSwitchBarVisibleChangeBeginEndEvent {
  public:
+  /// Registered type number (hint 1011).
   static int EventType;
 };
 
+/// A window is about to be minimised.
 class QT_UTIL_EXPORT WindowWillMiniaturizeEvent {
  public:
+  /// Registered type number (hint 1013).
   static int EventType;
 };
 

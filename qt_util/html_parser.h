@@ -14,42 +14,65 @@
 /// fields directly as it meets formatting tags and calls the operations for structure, text,
 /// images and objects; the sink reads the fields when WriteText is called. Implemented by the
 /// client; the library ships no implementation. Operations are only called while the parser's
-/// output is enabled: <head>, </head> and </body> turn it off until the next opening <body>.
+/// output is enabled: \<head>, \</head> and \</body> turn it off until the next opening \<body>.
 /// The fields are written either way.
 class QT_UTIL_EXPORT CParserOut {
  public:
+  /// Sinks are deleted through this interface.
   virtual ~CParserOut() = default;
 
   // Formatting state at the next WriteText. The initial values are the defaults that a closing
   // </font> restores.
+  /// Set by a "bgcolor" font attribute (always to black), white again after its \</font>.
   QColor backgroundColor{QColor("white")};
+  /// Inside \<b>.
   bool bold = false;
+  /// Inside \<i>.
   bool italic = false;
+  /// Inside \<sc>.
   bool smallCaps = false;
+  /// Inside \<strike>.
   bool strikeOut = false;
+  /// Inside \<sup>.
   bool superscript = false;
+  /// Inside \<sub>.
   bool subscript = false;
+  /// Inside \<script>.
   bool inScript = false;  // text inside <script> is dropped by the parser while set
+  /// Inside \<u>.
   bool underline = false;
+  /// Set by a "size" font attribute (decimal, 0 when not a number), 9 again after its \</font>.
   int fontSize = 9;
+  /// Set by a "name" font attribute, "Tahoma" again after its \</font>.
   QString fontName{QStringLiteral("Tahoma")};
+  /// Set by a "color" font attribute (always to black), black again after its \</font>.
   QColor textColor{QColor("black")};
 
+  /// An opening \<ul>.
   virtual void BeginBulletList() = 0;
+  /// A closing \</ul>.
   virtual void EndBulletList() = 0;
+  /// An opening \<li> inside a \<ul>.
   virtual void BulletItem() = 0;
   /// `number` is always 1: the sink keeps its own count.
   virtual void NumberedItem(int number) = 0;
+  /// A closing \</ol>; an opening \<ol> has no call of its own.
   virtual void EndNumberedList() = 0;
   /// `alignment` is one of "Left", "Right", "Center", "Justify".
   virtual void SetAlignment(const QString& alignment) = 0;
+  /// A closing \</li>, an opening \<div>, and \<table> or \</table>.
   virtual void NewParagraph() = 0;
+  /// A \<pard> tag, opening or closing.
   virtual void ResetParagraph() = 0;
+  /// A \<br> tag.
   virtual void LineBreak() = 0;
+  /// An opening "tr cols" tag (see CHTMLParser::ProcessTrCols), before its AddColumn calls.
   virtual void BeginRow() = 0;
+  /// A closing \</tr>.
   virtual void EndRow() = 0;
   /// `span` is always 1.
   virtual void BeginCell(int span) = 0;
+  /// A closing \</td> (or \</object>, laid out as a cell).
   virtual void EndCell() = 0;
   /// Called once per column right after BeginRow; `width` is always 2000.
   virtual void AddColumn(int width) = 0;
@@ -76,7 +99,9 @@ class QT_UTIL_EXPORT CHTMLParser {
  public:
   /// Runs ProcessHTML(html) into `out` (not owned; must outlive the call).
   CHTMLParser(const QString& html, CParserOut* out);
+  /// Not copyable: the tag table refers to this object.
   CHTMLParser(const CHTMLParser&) = delete;
+  /// Not copyable: the tag table refers to this object.
   CHTMLParser& operator=(const CHTMLParser&) = delete;
 
   /// True when `html` holds an image, embed or object tag ("<img", "<IMG", "<image", "<IMAGE",
@@ -105,17 +130,26 @@ class QT_UTIL_EXPORT CHTMLParser {
 
   /// Always black, whatever `value` holds.
   QColor ParseColor(QString value);
+  /// \<ul>: BeginBulletList, and bullets for the items that follow; \</ul>: EndBulletList.
   void ProcessUl(bool isClose);
+  /// \<ol>: numbers for the items that follow (no call); \</ol>: EndNumberedList.
   void ProcessOl(bool isClose);
+  /// \<li>: BulletItem in a bullet list, else NumberedItem(1) in a numbered list, else nothing;
+  /// \</li>: NewParagraph.
   void ProcessLi(bool isClose);
+  /// \<div>: NewParagraph; \</div>: nothing.
   void ProcessDiv(bool isClose);
+  /// SetAlignment with "Right", "Center" or "Justify" when `value` names one (any case), else
+  /// "Left".
   void ProcessDivAlign(const QString& value);
   /// Restores the most recently set font attribute to its default.
   void ProcessFont();
   /// Opening: BeginRow, then AddColumn(2000) once per column counted by `value` (decimal, 0 when
   /// not a number). A conversion only ever passes an empty `value`.
   void ProcessTrCols(bool isClose, const QString& value);
+  /// \</tr>: EndRow; an opening \<tr> calls nothing (only a "tr cols" tag begins a row).
   void ProcessTr(bool isClose);
+  /// \<td>: BeginCell(1); \</td>: EndCell.
   void ProcessTd(bool isClose);
   /// Not reachable from a conversion: the tag table routes "object" to ProcessTd.
   void ProcessObject(bool isClose);

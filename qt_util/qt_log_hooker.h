@@ -12,8 +12,8 @@ class QString;
 ///
 ///   QtMessageHandler previous = qInstallMessageHandler(&QtLogHooker::HandleGlobalMessage);
 ///
-/// Each message becomes one record "<type>(<file>:<line>) <message>", where <type> is
-/// QInfoMsg, QWarningMsg, QCriticalMsg or QFatalMsg and <file> the base name of the
+/// Each message becomes one record "\<type>(\<file>:\<line>) \<message>", where \<type> is
+/// QInfoMsg, QWarningMsg, QCriticalMsg or QFatalMsg and \<file> the base name of the
 /// emitting source ("unknown" without context). Levels: info 6, warning 4, critical 5,
 /// fatal 1; debug messages are never logged. A critical message thus needs a more talkative
 /// log level than a warning, and a fatal one is written whenever logging is on.

@@ -32,7 +32,10 @@ class QT_UTIL_EXPORT QFListWidgetAccessible : public QAccessibleWidget {
 
   /// The item widget's interface of the row under the global point, or null.
   QAccessibleInterface* childAt(int x, int y) const override;
+  /// The accessible interface of row `index`'s item widget; null for a row without one or an
+  /// index out of range.
   QAccessibleInterface* child(int index) const override;
+  /// The number of rows, with or without item widgets.
   int childCount() const override;
 
  private:
@@ -45,19 +48,33 @@ class QT_UTIL_EXPORT QFListWidgetAccessible : public QAccessibleWidget {
 /// value.
 class QT_UTIL_EXPORT QFListWidgetItemAccessible : public QAccessibleInterface {
  public:
+  /// Stands for `item`'s item widget as it is now; null or a row without one gives an invalid
+  /// interface.
   explicit QFListWidgetItemAccessible(QListWidgetItem* item);
 
+  /// Whether the item widget's interface still exists and is valid.
   bool isValid() const override;
+  /// The item widget, or null.
   QObject* object() const override;
+  /// The item widget's child at the global point, or null.
   QAccessibleInterface* childAt(int x, int y) const override;
+  /// The list's interface, or null once the list is gone.
   QAccessibleInterface* parent() const override;
+  /// The item widget's child `index`, or null.
   QAccessibleInterface* child(int index) const override;
+  /// The item widget's child count, or 0.
   int childCount() const override;
+  /// The item widget's index of `child`, or -1.
   int indexOfChild(const QAccessibleInterface* child) const override;
+  /// The item widget's text `t`, or an empty string.
   QString text(QAccessible::Text t) const override;
+  /// Sets the item widget's text `t`; does nothing without one.
   void setText(QAccessible::Text t, const QString& text) override;
+  /// The item widget's rectangle in global coordinates, or an empty rectangle.
   QRect rect() const override;
+  /// The item widget's role, or QAccessible::NoRole.
   QAccessible::Role role() const override;
+  /// The item widget's state, or a state with only `invalid` set.
   QAccessible::State state() const override;
 
  private:

@@ -26,6 +26,8 @@ class QT_UTIL_EXPORT EventHooker : public QObject {
   /// lets every event through.
   void RegisterEventCallback(std::function<bool(QObject*, QEvent*)> event_callback);
 
+  /// Passes every event to the callback; returns its answer (true stops the event), or false
+  /// without a callback.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
   /// Creates the process-wide hooker on the first call (after the QApplication exists) and

@@ -23,6 +23,8 @@ class QT_UTIL_EXPORT EventObserver : public QObject,
   /// returns true; otherwise QObject::eventFilter's answer.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
+  /// The listener's function, given the watched object and its event; true keeps the event
+  /// from the object.
   std::function<bool(QObject*, QEvent*)> callback;
 
  private:

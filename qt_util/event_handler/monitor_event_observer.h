@@ -14,6 +14,7 @@ class QT_UTIL_EXPORT MonitorEventObserver : public QObject {
   Q_OBJECT
 
  public:
+  /// An observer with the default settings (asynchronous, delay 0).
   explicit MonitorEventObserver(QObject* parent = nullptr);
   ~MonitorEventObserver() override;
 
@@ -22,11 +23,15 @@ class QT_UTIL_EXPORT MonitorEventObserver : public QObject {
 
   /// The settings last given to EnableAsyn (true and 0 until then), for the platform layer.
   bool IsAsync() const { return async; }
+  /// The delay last given to EnableAsyn (0 until then), in the platform layer's unit.
   int Delay() const { return delay; }
 
  signals:
+  /// Displays were added, removed or rearranged.
   void NotifyDisplayChange();
+  /// The scale factor of a display changed.
   void NotifyDpiChanged();
+  /// The work area (the screen without task bars and docks) changed.
   void NotifySettingWorkAreaChange();
 
  private:

@@ -15,11 +15,13 @@ class QT_UTIL_EXPORT QtScreenObserver : public QObject {
   Q_OBJECT
 
  public:
+  /// Starts observing the application's screens at once.
   explicit QtScreenObserver(QObject* parent = nullptr);
 
  signals:
   /// `geometry` is the screen's available geometry (without task bars and docks).
   void OnScreenGeometryChanged(QScreen* screen, const QRect& geometry);
+  /// `screen` is the new primary screen.
   void OnPrimaryScreenChanged(QScreen* screen);
   /// A screen was added or removed; QGuiApplication::screens() is already up to date.
   void OnScreenListChanged();

@@ -32,5 +32,6 @@ class QT_UTIL_EXPORT SessionEventObserver : public QObject {
   void DisconnectSessionChangeEvent(QObject* receiver);
 
  signals:
+  /// The session was locked (`is_locked` true) or unlocked.
   void NotifySessionChange(bool is_locked);
 };

@@ -22,21 +22,36 @@ class QT_UTIL_EXPORT WindowStatusExtend : public std::enable_shared_from_this<Wi
   // The order of the virtual functions is part of the binary interface: keep it, including
   // did-leave before did-enter.
   virtual ~WindowStatusExtend();
+  /// The window is about to enter native full screen. Does nothing here.
   virtual void WindowWillEnterFullScreen(const WindowInfo* info);
+  /// The window is about to leave native full screen. Does nothing here.
   virtual void WindowWillLeaveFullScreen(const WindowInfo* info);
+  /// The window has left native full screen. Does nothing here.
   virtual void WindowDidLeaveFullScreen(const WindowInfo* info);
+  /// The window has entered native full screen. Does nothing here.
   virtual void WindowDidEnterFullScreen(const WindowInfo* info);
+  /// The window was resized by the window system. Does nothing here.
   virtual void WindowDidResize(const WindowInfo* info);
+  /// The window became the key (input) window. Does nothing here.
   virtual void WindowDidBecomeKey(const WindowInfo* info);
+  /// The window stopped being the key (input) window. Does nothing here.
   virtual void WindowDidResignKey(const WindowInfo* info);
 
+  /// Would watch `widget`'s native window; ignored here.
   void SetObserverWidget(QWidget* widget);
+  /// Would be called before entering native full screen; dropped here, never called.
   void SetNativeWindowWillEnterFullScreenHandler(std::function<void()>&& handler);
+  /// Would be called before leaving native full screen; dropped here, never called.
   void SetNativeWindowWillLeaveFullScreenHandler(std::function<void()>&& handler);
+  /// Would be called after entering native full screen; dropped here, never called.
   void SetNativeWindowDidEnterFullScreenHandler(std::function<void()>&& handler);
+  /// Would be called after leaving native full screen; dropped here, never called.
   void SetNativeWindowDidLeaveFullScreenHandler(std::function<void()>&& handler);
+  /// Would be called after a native resize; dropped here, never called.
   void SetNativeWindowDidResizeHandler(std::function<void()>&& handler);
+  /// Would be called when the window becomes the key window; dropped here, never called.
   void SetNativeWindowDidBecomeKeyHandler(std::function<void()>&& handler);
+  /// Would be called when the window stops being the key window; dropped here, never called.
   void SetNativeWindowDidResignKeyHandler(std::function<void()>&& handler);
 
   /// Would leave native full screen and then call `completion`; here the completion is

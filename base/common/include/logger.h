@@ -28,9 +28,9 @@ namespace base::log {
 /// The per-thread text buffer shared by all records of one thread, one after the other.
 /// Stored in base::threading::ThreadLocal under kLogStreamKey.
 struct LogStreamBuffer {
-  char* data;    // capacity + 1 bytes; data[length] is always 0
-  int capacity;  // 1024 for every buffer the writer makes
-  int length;
+  char* data;    ///< capacity + 1 bytes; data[length] is always 0
+  int capacity;  ///< 1024 for every buffer the writer makes
+  int length;    ///< Characters gathered so far by the record being written
 };
 
 // The levels the library writes at; a record is written when GetLogLevel() is at least its level.
@@ -70,6 +70,7 @@ constexpr size_t BaseNameOffset(const char* path) {
 /// Swallows the writer expression so that QTU_LOG can be a single conditional expression
 /// (no dangling-else surprises when used under an unbraced if).
 struct LogVoidify {
+  /// Takes the writer and discards it; the writer's destructor then hands the record on.
   template <typename T>
   void operator&(T&&) const {}
 };
@@ -77,11 +78,16 @@ struct LogVoidify {
 }  // namespace base::log
 
 // The name is the framework's, shared with the client's other modules.
+/// One log record being written: QTU_LOG builds it, operator<< appends text to the thread's
+/// buffer, and the destructor hands the record to its printer (base::log::PrintLog).
 class __logwriter {
  public:
+  /// Receives the finished record: tag, file, line, function, level, text.
   using Printer =
       std::function<void(std::string&&, std::string&&, int, std::string&&, int, std::string&&)>;
 
+  /// Starts a record of `level` for the call site `file`:`line` in `function`; the thread's
+  /// text buffer is attached (created on the thread's first record).
   __logwriter(int level, std::string&& file, int line, std::string&& function, Printer&& printer)
       : buffer_(AttachBuffer()),
         file(std::move(file)),
@@ -110,11 +116,14 @@ class __logwriter {
     printer(std::move(tag), std::move(file), line, std::move(function), level, std::move(text));
   }
 
+  /// Appends `text`; a null pointer appends "nullptr". Text beyond the buffer is dropped.
   __logwriter& operator<<(const char* text) {
     if (!text) return Append("nullptr", 7);
     return Append(text, std::strlen(text));
   }
+  /// Appends `text` (UTF-8 bytes as they are).
   __logwriter& operator<<(const std::string& text) { return Append(text.data(), text.size()); }
+  /// Appends `value` in decimal.
   __logwriter& operator<<(int value) { return *this << std::to_string(value); }
 
  private:

@@ -9,12 +9,12 @@ namespace base::log {
 
 /// One log record as it reaches the sink.
 struct LogRecord {
-  std::string tag;
-  std::string file;
-  int line = 0;
-  std::string function;
-  int level = 0;
-  std::string text;
+  std::string tag;       ///< Free for the sink's use; the library's records leave it empty.
+  std::string file;      ///< Base name of the source file that wrote the record.
+  int line = 0;          ///< Line of the call site in that file.
+  std::string function;  ///< Name of the function that wrote the record.
+  int level = 0;         ///< The record's level (1 failures ... 6 information).
+  std::string text;      ///< The message, UTF-8.
 };
 
 using LogSink = std::function<void(const LogRecord&)>;

@@ -32,7 +32,9 @@ enum VariantType : uint32_t {
 /// threads only when nobody writes to it.
 class TALVEX_FRAMEWORK_EXPORT Variant {
  public:
+  /// The elements of an array value.
   using Array = std::vector<Variant>;
+  /// The entries of a map value, in key order.
   using Map = std::map<std::string, Variant>;
 
   /// A null value.
@@ -41,39 +43,55 @@ class TALVEX_FRAMEWORK_EXPORT Variant {
   /// array or an empty map. Codes 8 to 15 give a value of that code without content; codes
   /// above 15 give null.
   explicit Variant(VariantType type);
+  /// A boolean.
   explicit Variant(bool value);
   /// An unsigned 64-bit value; negative numbers are sign-extended (-1 holds 2^64 - 1).
   Variant(int value);
+  /// An unsigned 64-bit value.
   Variant(unsigned int value);
+  /// An unsigned 64-bit value.
   Variant(uint64_t value);
   /// A double. The flag travels with the value and takes part in comparison; the framework
   /// gives it no meaning of its own.
   Variant(double value, bool flag);
   /// A UTF-8 string; nullptr gives the empty string.
   Variant(const char* utf8);
+  /// A UTF-8 string, taking over `utf8`'s bytes.
   Variant(std::string&& utf8);
+  /// A UTF-8 string, copied.
   Variant(const std::string& utf8);
+  /// A raw pointer, never dereferenced or freed by the value.
   explicit Variant(void* pointer);
 
+  /// A deep copy of `other`.
   Variant(const Variant& other);
+  /// Takes over `other`'s content; `other` becomes null.
   Variant(Variant&& other) noexcept;
+  /// Replaces the content with a deep copy of `other`'s.
   Variant& operator=(const Variant& other);
+  /// Replaces the content with `other`'s; `other` becomes null.
   Variant& operator=(Variant&& other) noexcept;
   ~Variant();
 
   /// Same type code and the same content, compared element by element for arrays and maps.
   /// Doubles compare with ==, so a NaN is unequal even to itself.
   bool operator==(const Variant& other) const;
+  /// The negation of operator==.
   bool operator!=(const Variant& other) const { return !(*this == other); }
 
+  /// The type code, the low four bits of the leading 32-bit word.
   VariantType GetType() const;
 
+  /// The boolean; false for other types.
   bool AsBoolean() const;
   /// The string's bytes, zero-terminated, valid until this value changes or dies; "" for other
   /// types.
   const char* AsCStr() const;
+  /// The unsigned 64-bit value; 0 for other types.
   uint64_t AsUint64() const;
+  /// The double; 0.0 for other types.
   double AsDouble() const;
+  /// The pointer; nullptr for other types.
   void* AsPtr() const;
   /// The elements of an array; an empty array for any other type.
   const Array& AsArray() const;
