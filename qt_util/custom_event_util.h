@@ -1,6 +1,7 @@
 #pragma once
 
-// Custom events of the client and the dispatcher that defers work to the Qt event loop.
+/// @file
+/// Custom events of the client and the dispatcher that defers work to the Qt event loop.
 //
 // Every event-type number below is taken from QEvent::registerEventType while the library
 // loads, so all modules of the client agree on them without passing them around.

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// CHTMLParser, rich-text HTML into calls on a CParserOut sink.
+
 #include <QColor>
 #include <QHash>
 #include <QMap>

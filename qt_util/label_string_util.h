@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// VxLabelStringUtil, label text wrapping, packing and elision.
+
 #include <QString>
 #include <QStringList>
 #include <Qt>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// QtLogHooker, Qt's messages into the framework log.
+
 #include <QtGlobal>
 
 #include "qt_util/qt_util_export.h"

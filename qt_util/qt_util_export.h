@@ -1,4 +1,7 @@
 #pragma once
 
-// Everything in libqt_util.so is hidden unless marked with this macro.
+/// @file
+/// QT_UTIL_EXPORT.
+
+/// Everything in libqt_util.so is hidden unless marked with this macro.
 #define QT_UTIL_EXPORT __attribute__((visibility("default")))

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// framework::Controller, the default scheme controller.
+
 #include <memory>
 #include <string>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// QTStringUtils string conversions and QFTextStreamLoader text files.
+
 #include <QString>
 #include <string>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The version of the loaded library.
+
 #include "qt_util/qt_util_export.h"
 #include "qt_util/version_config.h"
 

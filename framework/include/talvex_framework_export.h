@@ -1,4 +1,7 @@
 #pragma once
 
-// Everything in libtalvex_framework.so is hidden unless marked with this macro.
+/// @file
+/// TALVEX_FRAMEWORK_EXPORT.
+
+/// Everything in libtalvex_framework.so is hidden unless marked with this macro.
 #define TALVEX_FRAMEWORK_EXPORT __attribute__((visibility("default")))

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Accessibility for list widgets whose rows carry item widgets.
+
 #include <QAccessibleInterface>
 #include <QAccessibleWidget>
 #include <QPointer>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// EventHooker, the application-wide event filter with one replaceable callback.
+
 #include <QObject>
 #include <functional>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// QtEventObserver and EventObserver: one object's events, until either side dies.
+
 #include <QObject>
 #include <functional>
 #include <memory>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// MonitorEventObserver, where display, DPI and work-area changes are announced.
+
 #include <QObject>
 #include <cstdint>
 #include <memory>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// QtScreenObserver, the application's screen changes as signals.
+
 #include <QObject>
 
 #include "qt_util/qt_util_export.h"

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// SessionEventObserver, session lock and unlock as a signal.
+
 #include <QObject>
 #include <functional>
 

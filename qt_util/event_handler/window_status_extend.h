@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The window-status interface (inert on this platform).
+
 #include <functional>
 #include <memory>
 

@@ -1,13 +1,14 @@
 #pragma once
 
-// The log writer every diagnostic line of the library goes through.
-//
-//   QTU_LOG(base::log::kLevelWarning) << "theme manager missing, using " << name;
-//
-// The level is tested before anything else: when base::log::GetLogLevel() is below the
-// record's level no writer is built and no argument after QTU_LOG(...) is evaluated.
-// A record gathers its text in a per-thread buffer of 1024 characters; text beyond that
-// is dropped. The record reaches base::log::PrintLog when the statement ends.
+/// @file
+/// The log writer every diagnostic line of the library goes through.
+///
+///     QTU_LOG(base::log::kLevelWarning) << "theme manager missing, using " << name;
+///
+/// The level is tested before anything else: when base::log::GetLogLevel() is below the
+/// record's level no writer is built and no argument after QTU_LOG(...) is evaluated.
+/// A record gathers its text in a per-thread buffer of 1024 characters; text beyond that
+/// is dropped. The record reaches base::log::PrintLog when the statement ends.
 
 #include <cstddef>
 #include <cstring>
@@ -34,16 +35,19 @@ struct LogStreamBuffer {
 };
 
 // The levels the library writes at; a record is written when GetLogLevel() is at least its level.
-inline constexpr int kLevelFailure = 1;     // an operation could not do what it was asked
-inline constexpr int kLevelWarning = 4;     // done, but not as the caller probably meant
-inline constexpr int kLevelQtCritical = 5;  // Qt's critical messages relayed into the log
-inline constexpr int kLevelInfo = 6;        // information and traces
+inline constexpr int kLevelFailure = 1;     ///< an operation could not do what it was asked
+inline constexpr int kLevelWarning = 4;     ///< done, but not as the caller probably meant
+inline constexpr int kLevelQtCritical = 5;  ///< Qt's critical messages relayed into the log
+inline constexpr int kLevelInfo = 6;        ///< information and traces
 
+/// The base::threading::ThreadLocal key of the thread's LogStreamBuffer.
 inline constexpr char kLogStreamKey[] = "base.log.stream";
+/// Characters a record keeps; the rest is dropped.
 inline constexpr int kLogStreamCapacity = 1024;
-// The one level whose records are exempt from the length check.
+/// The one level whose records are exempt from the length check.
 inline constexpr int kUnlimitedLogLevel = 7;
 
+/// A new empty buffer of `capacity` characters (plus the terminating zero).
 inline LogStreamBuffer* NewLogStreamBuffer(int capacity) {
   auto* buffer = new LogStreamBuffer;
   buffer->data = new char[static_cast<size_t>(capacity) + 1]();
@@ -52,6 +56,7 @@ inline LogStreamBuffer* NewLogStreamBuffer(int capacity) {
   return buffer;
 }
 
+/// Frees a buffer made by NewLogStreamBuffer; the ThreadLocal deleter of kLogStreamKey.
 inline void DeleteLogStreamBuffer(void* value) {
   auto* buffer = static_cast<LogStreamBuffer*>(value);
   delete[] buffer->data;
@@ -160,12 +165,12 @@ class __logwriter {
   Printer printer;
 };
 
-// Base name of the including source file, cut by the compiler.
+/// Base name of the including source file, cut by the compiler.
 #define QTU_LOG_FILE_NAME \
   (__FILE__ + std::integral_constant<size_t, ::base::log::BaseNameOffset(__FILE__)>::value)
 
-// QTU_LOG(level) << part << part...; see the top of this file. `level` is read twice (the test,
-// then the record), so pass a plain value.
+/// QTU_LOG(level) << part << part...; see the top of this file. `level` is read twice (the test,
+/// then the record), so pass a plain value.
 #define QTU_LOG(level)                                                                     \
   !(::base::log::GetLogLevel() >= (level))                                                 \
       ? (void)0                                                                            \

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// ControllerManager, the scheme-controller registry.
+
 #include <memory>
 #include <string>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The abstract scheme controller.
+
 #include <memory>
 #include <string>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// DPIHelper, start-up and per-widget scale factors.
+
 #include "talvex_framework_export.h"
 
 class QWidget;

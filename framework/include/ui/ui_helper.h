@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// UIHelper, native to Qt point conversion.
+
 #include "talvex_framework_export.h"
 
 class QPoint;

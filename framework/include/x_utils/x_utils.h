@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Window-system pinning and input focus (X11; no-ops elsewhere).
+
 #include "talvex_framework_export.h"
 
 class QWidget;

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The framework log: level, length check, sink and PrintLog.
+
 #include <functional>
 #include <string>
 
@@ -17,16 +20,19 @@ struct LogRecord {
   std::string text;      ///< The message, UTF-8.
 };
 
+/// Receives every record written; see SetLogSink.
 using LogSink = std::function<void(const LogRecord&)>;
 
 /// The current log level: a record of level L is written when GetLogLevel() >= L.
 /// Defaults to 4 (warnings). Lock-free; safe from any thread.
 TALVEX_FRAMEWORK_EXPORT int GetLogLevel();
+/// Sets the level GetLogLevel returns, for every thread.
 TALVEX_FRAMEWORK_EXPORT void SetLogLevel(int level);
 
 /// When true, a record longer than the writer's limit stops the process with a failed
 /// assertion instead of being cut. Defaults to false.
 TALVEX_FRAMEWORK_EXPORT bool GetCheckLogLength();
+/// Sets what GetCheckLogLength returns.
 TALVEX_FRAMEWORK_EXPORT void SetCheckLogLength(bool check);
 
 /// Hands one record to the current sink, on the calling thread. Sinks may be called from

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Singletons destroyed when the framework scope ends.
+
 #include <functional>
 
 #include "talvex_framework_export.h"

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Per-thread values freed when their thread ends.
+
 #include <string>
 
 #include "talvex_framework_export.h"

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// base::variant::Variant, the framework's dynamic value.
+
 #include <cstdint>
 #include <map>
 #include <string>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The client's application name.
+
 #include <string>
 
 #include "talvex_framework_export.h"

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The client's home page flag and home view information.
+
 #include "talvex_framework_export.h"
 
 namespace base::variant {
@@ -11,6 +14,7 @@ namespace talvex_common::utils {
 /// Whether the client runs the new home page (whose host controller is registered under
 /// "talvex://page/nxui/host") rather than the classic one. Defaults to false. Thread-safe.
 TALVEX_FRAMEWORK_EXPORT bool IsNxHomePage();
+/// Sets what IsNxHomePage returns.
 TALVEX_FRAMEWORK_EXPORT void SetNxHomePage(bool on);
 
 /// Copies the classic home view's information (a map with "start_x", "start_y", "end_x" and

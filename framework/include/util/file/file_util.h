@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Path joining and file existence.
+
 #include <string>
 
 #include "talvex_framework_export.h"
