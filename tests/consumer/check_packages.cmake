@@ -2,7 +2,8 @@
 # lists, extracts them into a temporary root (never into the machine itself) and builds and runs
 # the consumer project against that root, through the CMake package and through pkg-config.
 #   -DBUILD_DIR=<configured build tree> -DSOURCE_DIR=<tests/consumer> -DWORK_DIR=<scratch>
-#   -DVERSION=<project version> -DHEADERS_FILE=<file listing the installed headers>
+#   -DVERSION=<project version> -DLIBDIR=<library directory under the prefix, e.g. lib>
+#   -DHEADERS_FILE=<file listing the installed headers>
 #   [-DCONSUMER_FLAGS=<extra compile and link flags>]
 cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/run_command.cmake)
@@ -60,8 +61,8 @@ endfunction()
 package_files("${runtime_deb}" runtime_files)
 set(expected_runtime)
 foreach(lib IN ITEMS qt_util talvex_framework)
-  list(APPEND expected_runtime "usr/lib/lib${lib}.so.${VERSION}"
-       "usr/lib/lib${lib}.so.1 -> lib${lib}.so.${VERSION}")
+  list(APPEND expected_runtime "usr/${LIBDIR}/lib${lib}.so.${VERSION}"
+       "usr/${LIBDIR}/lib${lib}.so.1 -> lib${lib}.so.${VERSION}")
 endforeach()
 list(SORT expected_runtime)
 if(NOT runtime_files STREQUAL expected_runtime)
@@ -73,12 +74,12 @@ endif()
 package_files("${dev_deb}" dev_files)
 file(STRINGS "${HEADERS_FILE}" headers)
 set(expected_dev
-  "usr/lib/libqt_util.so -> libqt_util.so.1"
-  "usr/lib/libtalvex_framework.so -> libtalvex_framework.so.1"
-  "usr/lib/pkgconfig/qt_util.pc"
-  "usr/lib/cmake/QtUtil/QtUtilConfig.cmake"
-  "usr/lib/cmake/QtUtil/QtUtilConfigVersion.cmake"
-  "usr/lib/cmake/QtUtil/QtUtilTargets.cmake")
+  "usr/${LIBDIR}/libqt_util.so -> libqt_util.so.1"
+  "usr/${LIBDIR}/libtalvex_framework.so -> libtalvex_framework.so.1"
+  "usr/${LIBDIR}/pkgconfig/qt_util.pc"
+  "usr/${LIBDIR}/cmake/QtUtil/QtUtilConfig.cmake"
+  "usr/${LIBDIR}/cmake/QtUtil/QtUtilConfigVersion.cmake"
+  "usr/${LIBDIR}/cmake/QtUtil/QtUtilTargets.cmake")
 foreach(header IN LISTS headers)
   list(APPEND expected_dev "usr/include/${header}")
 endforeach()
@@ -93,7 +94,8 @@ foreach(file IN LISTS dev_files)
   if(path MATCHES "\\.so\\.[0-9]" OR path MATCHES "_p\\.h$")
     fail("libqt-util-dev must not carry ${file}")
   endif()
-  if(NOT file MATCHES "^usr/(include/|lib/libqt_util\\.so |lib/libtalvex_framework\\.so |lib/pkgconfig/qt_util\\.pc$|lib/cmake/QtUtil/QtUtil[A-Za-z-]*\\.cmake$)")
+  string(REPLACE "${LIBDIR}/" "<libdir>/" generic "${file}")
+  if(NOT generic MATCHES "^usr/(include/|<libdir>/libqt_util\\.so |<libdir>/libtalvex_framework\\.so |<libdir>/pkgconfig/qt_util\\.pc$|<libdir>/cmake/QtUtil/QtUtil[A-Za-z-]*\\.cmake$)")
     fail("libqt-util-dev carries an unexpected file: ${file}")
   endif()
 endforeach()
@@ -104,8 +106,8 @@ message(STATUS "libqt-util-dev: ${count} files")
 # Extract both into a private root and build the consumer against it, both ways.
 run(dpkg-deb -x "${runtime_deb}" "${root}")
 run(dpkg-deb -x "${dev_deb}" "${root}")
-set(ENV{LD_LIBRARY_PATH} "${root}/usr/lib:$ENV{LD_LIBRARY_PATH}")
-set(ENV{PKG_CONFIG_PATH} "${root}/usr/lib/pkgconfig")
+set(ENV{LD_LIBRARY_PATH} "${root}/usr/${LIBDIR}:$ENV{LD_LIBRARY_PATH}")
+set(ENV{PKG_CONFIG_PATH} "${root}/usr/${LIBDIR}/pkgconfig")
 foreach(mode IN ITEMS cmake pkg-config)
   if(mode STREQUAL "pkg-config")
     set(use_pkg_config ON)
@@ -119,7 +121,7 @@ foreach(mode IN ITEMS cmake pkg-config)
   run(${CMAKE_COMMAND} --build "${build}")
   # The consumer must load the extracted library, not one of the build tree.
   run(ldd "${build}/consumer")
-  string(FIND "${LAST_OUTPUT}" "${root}/usr/lib/libqt_util.so.1" found)
+  string(FIND "${LAST_OUTPUT}" "${root}/usr/${LIBDIR}/libqt_util.so.1" found)
   if(found EQUAL -1)
     fail("the ${mode} consumer does not load the extracted library:\n${LAST_OUTPUT}")
   endif()
