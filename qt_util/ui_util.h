@@ -223,7 +223,7 @@ QT_UTIL_EXPORT void ShowWindow(QWidget* widget, bool activate);
 
 /// Makes `widget` a frameless, always-on-top tool window that bypasses the window manager,
 /// replacing all its window flags, and stacks it on top with a translucent background.
-/// `widget` must not be null.
+/// Nothing for a null widget.
 QT_UTIL_EXPORT void SetupToolWindow(QWidget* widget);
 
 /// Sets or clears Qt::WindowStaysOnTopHint, shows the widget when `show`, then asks the window
@@ -243,8 +243,7 @@ QT_UTIL_EXPORT void UpdateWidgetVisible(QWidget* widget, bool visible);
 
 /// Whether `data` differs from the data last recorded on `widget` (property
 /// "widget-update-data-Ha6z6e"); a difference records a copy of `data`. True exactly once per
-/// change of data, and always for null `data`, which records nothing. `widget` must not be
-/// null.
+/// change of data, and always for null `data` or a null widget, which record nothing.
 QT_UTIL_EXPORT bool IsWidgetNeedUpdate(QWidget* widget, const base::variant::Variant* data);
 
 /// Decodes standard base64 into an image (format from the content) and puts it on the
