@@ -57,12 +57,15 @@ void CenterOver(QWidget* widget, QWidget* target, Axes axes) {
 }  // namespace
 
 QScreen* GetScreen(QWidget* widget) {
+  const auto screens = QGuiApplication::screens();
+  // Without screens there is nothing to find, and creating the desktop widget would fail.
+  if (screens.isEmpty()) return nullptr;
   QScreen* screen = nullptr;
   // The desktop widget exists only in a widget application; without one the primary screen is
   // all there is to ask.
   if (qobject_cast<QApplication*>(QCoreApplication::instance())) {
     const int number = QApplication::desktop()->screenNumber(widget);
-    if (number >= 0) screen = QGuiApplication::screens().value(number);
+    if (number >= 0) screen = screens.value(number);
   }
   if (!screen) screen = QGuiApplication::primaryScreen();
   return screen;
