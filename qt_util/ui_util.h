@@ -423,13 +423,13 @@ QT_UTIL_EXPORT QRect GetTitleBarCloseButtonRect(QWidget* widget);
 /// window's own position twice; the companion application expects exactly that.
 namespace VxTransQtUiUtil {
 
-/// The reference point plus half the widget's size (integer halves). `widget` must not be null.
+/// The reference point plus half the widget's size (integer halves); (0, 0) for a null widget.
 QT_UTIL_EXPORT QPoint GetCommonPosToDravik(QWidget* widget);
 
 /// Where the companion's 320-pixel panel goes beside `widget`: right of it, or left of it when
 /// it would not fit on the widget's screen (with the rules for windows partly or wholly left
 /// of 0 and beyond the primary screen); y measured upward from the bottom of the primary
-/// screen. `widget` must not be null.
+/// screen. (0, 0) for a null widget.
 QT_UTIL_EXPORT QPoint GetRealPosToDravik(QWidget* widget);
 
 }  // namespace VxTransQtUiUtil
