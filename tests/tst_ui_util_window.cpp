@@ -348,6 +348,7 @@ class tst_UiUtilWindow : public QObject {
   void isWidgetNeedUpdate_trueOncePerChange();
   void isWidgetNeedUpdate_nullData_alwaysTrueAndRecordsNothing();
   void isWidgetNeedUpdate_recordIsASharedVariantUnderItsName();
+  void updateRecordType_isKnownBeforeTheFirstRecord();
   void saveImageToClipBoard_realPng_putsAnEqualImage();
   void saveImageToClipBoard_notAnImage_leavesTheClipboard();
   void formatTimeStamp_inTwoLocales();
@@ -544,6 +545,16 @@ void tst_UiUtilWindow::isWidgetNeedUpdate_recordIsASharedVariantUnderItsName() {
   foreign.setProperty(kUpdateProperty, QStringLiteral("7"));
   QVERIFY(VxQtUiUtil::IsWidgetNeedUpdate(&foreign, &data));
   QCOMPARE(*RecordOf(foreign), data);
+}
+
+void tst_UiUtilWindow::updateRecordType_isKnownBeforeTheFirstRecord() {
+  // Run alone, nothing has called IsWidgetNeedUpdate yet: loading the library is enough.
+  const int id = QMetaType::type("std::shared_ptr<framework::Variant>");
+  QVERIFY(id != QMetaType::UnknownType);
+  QWidget widget;
+  const Variant data("x");
+  QVERIFY(VxQtUiUtil::IsWidgetNeedUpdate(&widget, &data));
+  QCOMPARE(widget.property(kUpdateProperty).userType(), id);
 }
 
 void tst_UiUtilWindow::saveImageToClipBoard_realPng_putsAnEqualImage() {
