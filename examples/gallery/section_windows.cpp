@@ -23,14 +23,6 @@ namespace {
 
 constexpr char kHostScheme[] = "talvex://page/nxui/host";
 
-QString RectText(const QRect& rect) {
-  return QStringLiteral("%1x%2+%3+%4")
-      .arg(rect.width())
-      .arg(rect.height())
-      .arg(rect.x())
-      .arg(rect.y());
-}
-
 // Screen names can be empty (the offscreen platform gives none); the list position then stands in.
 QString ScreenName(const QScreen* screen) {
   if (!screen->name().isEmpty()) return screen->name();
@@ -110,8 +102,8 @@ int RunWindows(QApplication&, const QString& out_dir) {
   gallery::Say("Screens:");
   for (QScreen* screen : QGuiApplication::screens()) {
     gallery::Say(QStringLiteral("  %1 geometry %2 work area %3 ratio %4")
-                     .arg(ScreenName(screen), RectText(screen->geometry()),
-                          RectText(screen->availableGeometry()))
+                     .arg(ScreenName(screen), gallery::RectText(screen->geometry()),
+                          gallery::RectText(screen->availableGeometry()))
                      .arg(screen->devicePixelRatio()));
     shapes.push_back({screen->geometry(), Qt::gray, ScreenName(screen)});
     world |= screen->geometry();
@@ -125,11 +117,13 @@ int RunWindows(QApplication&, const QString& out_dir) {
   const QRect popup(area.right() - 120, area.bottom() - 60, 300, 200);
   const QMargins margins(8, 8, 8, 8);
   const QRect corrected = VxQtUiUtil::CorrectRect(popup, margins);
-  gallery::Say(QStringLiteral("  cursor at %1 on %2, area %3")
-                   .arg(PointText(QCursor::pos()), ScreenName(cursor_screen), RectText(area)));
-  gallery::Say(QStringLiteral("  CorrectRect(%1) -> %2").arg(RectText(popup), RectText(corrected)));
+  gallery::Say(
+      QStringLiteral("  cursor at %1 on %2, area %3")
+          .arg(PointText(QCursor::pos()), ScreenName(cursor_screen), gallery::RectText(area)));
+  gallery::Say(QStringLiteral("  CorrectRect(%1) -> %2")
+                   .arg(gallery::RectText(popup), gallery::RectText(corrected)));
   gallery::Say(QStringLiteral("  with zero margins it stays at %1")
-                   .arg(RectText(VxQtUiUtil::CorrectRect(popup, QMargins()))));
+                   .arg(gallery::RectText(VxQtUiUtil::CorrectRect(popup, QMargins()))));
   check(area.marginsRemoved(margins).contains(corrected), "corrected pop-up off the area");
   shapes.push_back({popup, Qt::red, QStringLiteral("pop-up asked")});
   shapes.push_back({corrected, QColor(0, 150, 0), QStringLiteral("pop-up shown"), true});
@@ -140,8 +134,9 @@ int RunWindows(QApplication&, const QString& out_dir) {
   QWidget dialog;
   dialog.resize(240, 120);
   VxQtUiUtil::CenterToWidget(&dialog, &main_window);
-  gallery::Say(QStringLiteral("  main window %1, dialog now at %2")
-                   .arg(RectText(main_window.geometry()), RectText(dialog.geometry())));
+  gallery::Say(
+      QStringLiteral("  main window %1, dialog now at %2")
+          .arg(gallery::RectText(main_window.geometry()), gallery::RectText(dialog.geometry())));
   check(qAbs(dialog.geometry().center().x() - main_window.geometry().center().x()) <= 1,
         "dialog not centred");
   shapes.push_back({main_window.geometry(), Qt::blue, QStringLiteral("main window")});
@@ -170,7 +165,7 @@ int RunWindows(QApplication&, const QString& out_dir) {
   const QRect home_rect = VxQtUiUtil::GetHomeWindowRect();
   const QRect home_screen = VxQtUiUtil::GetHomeScreenRect();
   gallery::Say(QStringLiteral("  GetHomeWindowRect() = %1, GetHomeScreenRect() = %2")
-                   .arg(RectText(home_rect), RectText(home_screen)));
+                   .arg(gallery::RectText(home_rect), gallery::RectText(home_screen)));
   check(home_rect == home.geometry(), "home rect is not the home widget's");
   const QPoint common = VxTransQtUiUtil::GetCommonPosToDravik(&home);
   const QPoint panel = VxTransQtUiUtil::GetRealPosToDravik(&home);
@@ -186,7 +181,7 @@ int RunWindows(QApplication&, const QString& out_dir) {
   talvex_common::utils::SetNxHomePage(was_nx);
   ControllerManager::Instance()->IocUnregister(kHostScheme);
   gallery::Say(QStringLiteral("  host gone: GetHomeWindowRect() = %1")
-                   .arg(RectText(VxQtUiUtil::GetHomeWindowRect())));
+                   .arg(gallery::RectText(VxQtUiUtil::GetHomeWindowRect())));
 
   gallery::Say("A meeting's start time in three locales, each in its own long format:");
   const unsigned long start = 1700000000ul;
