@@ -1,15 +1,16 @@
 #pragma once
 
-// Window and resource utilities of the client: HiDPI images and resource packages, style
-// sheets and accessibility keys, screen geometry, the home window, and window behaviour.
-//
-// The interface is shared with the client's other desktop platforms. Operations that only
-// another platform's window system can carry out stay here and do nothing, or return a fixed
-// value, on Linux; their documentation says which value. Everything runs on the GUI thread.
-//
-// Types that only appear behind a pointer or in a signature are forward-declared: include
-// <QPixmap>, <QLocale>, "base/variant/variant.h" or "qt_util/scheme_controller.h" where a call
-// needs them complete.
+/// @file
+/// Window and resource utilities of the client: HiDPI images and resource packages, style
+/// sheets and accessibility keys, screen geometry, the home window, and window behaviour.
+///
+/// The interface is shared with the client's other desktop platforms. Operations that only
+/// another platform's window system can carry out stay here and do nothing, or return a fixed
+/// value, on Linux; their documentation says which value. Everything runs on the GUI thread.
+///
+/// Types that only appear behind a pointer or in a signature are forward-declared: include
+/// \<QPixmap>, \<QLocale>, "base/variant/variant.h" or "qt_util/scheme_controller.h" where a
+/// call needs them complete.
 
 #include <QMargins>
 #include <QPoint>
