@@ -40,3 +40,21 @@ function(qt_util_add_test)
   endif()
   set_tests_properties(${ARG_NAME} PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${environment}")
 endfunction()
+
+# qt_util_install_library(<target> BASE_DIR <dir> DESTINATION <dir under include/>
+#                         HEADERS <absolute paths>...)
+#
+# Installs a shared library (component runtime, its unversioned .so link with component
+# development) into the export set QtUtilTargets, and its public headers, keeping their paths
+# relative to BASE_DIR under include/DESTINATION (component development).
+function(qt_util_install_library target)
+  cmake_parse_arguments(ARG "" "BASE_DIR;DESTINATION" "HEADERS" ${ARGN})
+  install(TARGETS ${target} EXPORT QtUtilTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+  foreach(header IN LISTS ARG_HEADERS)
+    file(RELATIVE_PATH relative "${ARG_BASE_DIR}" "${header}")
+    get_filename_component(subdir "${relative}" DIRECTORY)
+    install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${ARG_DESTINATION}/${subdir}"
+            COMPONENT development)
+  endforeach()
+endfunction()
