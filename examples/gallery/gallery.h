@@ -3,6 +3,7 @@
 // The gallery runs one section per facility, in registration order. A section shows its
 // facility at work, prints what happens and may save screenshots into the output directory.
 
+#include <QRect>
 #include <QString>
 #include <functional>
 #include <vector>
@@ -27,6 +28,15 @@ struct Registrar {
 
 // Prints one line of the demo's own narration (not a log record).
 void Say(const QString& text);
+
+// A rectangle as "WxH+X+Y".
+inline QString RectText(const QRect& rect) {
+  return QStringLiteral("%1x%2+%3+%4")
+      .arg(rect.width())
+      .arg(rect.height())
+      .arg(rect.x())
+      .arg(rect.y());
+}
 
 }  // namespace gallery
 
