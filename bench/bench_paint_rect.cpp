@@ -45,18 +45,10 @@ class Meeting {
   std::vector<std::unique_ptr<QTPaintRectHelper>> helpers_;
 };
 
-void SendLoop(benchmark::State& state, QObject* target, QEvent::Type type) {
-  QEvent event(type);
-  for (auto _ : state) {
-    QCoreApplication::sendEvent(target, &event);
-    benchmark::ClobberMemory();
-  }
-}
-
 void BM_ForeignEvent_NoHelper(benchmark::State& state) {
   QObject unrelated;
   bench::LoopTimer timer(state);
-  SendLoop(state, &unrelated, kForeign);
+  bench::SendLoop(state, &unrelated, kForeign);
   timer.RecordBaseline("no_helper");
 }
 
@@ -76,7 +68,7 @@ void BM_ForeignEvent_25PassingAppFilters(benchmark::State& state) {
   }
   QObject unrelated;
   bench::LoopTimer timer(state);
-  SendLoop(state, &unrelated, kForeign);
+  bench::SendLoop(state, &unrelated, kForeign);
   timer.ReportRatio("no_helper");
   timer.RecordBaseline("passing_filters_25");
 }
@@ -87,7 +79,7 @@ void BM_ForeignEvent_PaintRectHelpers(benchmark::State& state) {
   Meeting meeting(count);
   QObject unrelated;
   bench::LoopTimer timer(state);
-  SendLoop(state, &unrelated, kForeign);
+  bench::SendLoop(state, &unrelated, kForeign);
   timer.ReportRatio("no_helper");
   if (count == 25) timer.ReportRatio("passing_filters_25");
   timer.RecordBaseline("helpers_" + std::to_string(count));
@@ -99,7 +91,7 @@ void BM_ForeignMove_25PaintRectHelpers(benchmark::State& state) {
   Meeting meeting(25);
   QObject unrelated;
   bench::LoopTimer timer(state);
-  SendLoop(state, &unrelated, QEvent::Move);
+  bench::SendLoop(state, &unrelated, QEvent::Move);
   timer.ReportRatio("no_helper");
   timer.ReportRatio("helpers_25");
 }
@@ -109,7 +101,7 @@ void BM_ForeignEvent_MonitorHelper(benchmark::State& state) {
   QTUIMonitorHelper::SharedInstance()->AddMonitorRectWidget(&toolbar);
   QObject unrelated;
   bench::LoopTimer timer(state);
-  SendLoop(state, &unrelated, kForeign);
+  bench::SendLoop(state, &unrelated, kForeign);
   timer.ReportRatio("no_helper");
   base::EndSingletonScope();  // the helper would otherwise filter the benchmarks after this one
 }
