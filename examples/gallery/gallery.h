@@ -29,14 +29,8 @@ struct Registrar {
 // Prints one line of the demo's own narration (not a log record).
 void Say(const QString& text);
 
-// A rectangle as "WxH+X+Y".
-inline QString RectText(const QRect& rect) {
-  return QStringLiteral("%1x%2+%3+%4")
-      .arg(rect.width())
-      .arg(rect.height())
-      .arg(rect.x())
-      .arg(rect.y());
-}
+// A rect as "WxH+X+Y", the way the sections print geometry.
+QString RectText(const QRect& rect);
 
 }  // namespace gallery
 
