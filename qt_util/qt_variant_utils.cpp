@@ -83,22 +83,28 @@ namespace report {
 }  // namespace report
 
 [[gnu::noinline]] void ScalarToQVariant(const Variant& from, int code, QVariant* to) {
-  QVariant result;
   switch (code) {
-    case base::variant::kBoolean:
-      result = QVariant(from.AsBoolean());
-      break;
-    case base::variant::kString:
-      result = QVariant(QString::fromUtf8(from.AsCStr()));
-      break;
-    case base::variant::kUint64:
-      result = QVariant(static_cast<qulonglong>(from.AsUint64()));
-      break;
-    default:
-      result = QVariant(from.AsDouble());
-      break;
+    case base::variant::kBoolean: {
+      QVariant result(from.AsBoolean());
+      to->swap(result);
+      return;
+    }
+    case base::variant::kString: {
+      QVariant result(QString::fromUtf8(from.AsCStr()));
+      to->swap(result);
+      return;
+    }
+    case base::variant::kUint64: {
+      QVariant result(static_cast<qulonglong>(from.AsUint64()));
+      to->swap(result);
+      return;
+    }
+    default: {
+      QVariant result(from.AsDouble());
+      to->swap(result);
+      return;
+    }
   }
-  to->swap(result);
 }
 
 [[gnu::noinline]] void ArrayToQVariant(const Variant& from, QVariant* to) {
@@ -120,8 +126,9 @@ namespace report {
   for (const auto& entry : from.AsMap()) {
     QVariant converted(QtTypeFor(entry.second));
     QVariantUtil::VariantToQVariant(&entry.second, &converted);
-    // Up to the key's first NUL; a later key that decodes to the same text overwrites.
-    map[QString::fromUtf8(entry.first.c_str())] = converted;
+    // Up to the key's first NUL; a later key that decodes to the same text overwrites. Byte
+    // order and QString order agree for most keys, so the end is usually the right place.
+    map.insert(map.cend(), QString::fromUtf8(entry.first.c_str()), converted);
   }
   QVariant result(map);
   to->swap(result);
