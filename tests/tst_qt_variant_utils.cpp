@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -282,6 +283,9 @@ class tst_QtVariantUtils : public QObject {
   void deepDocument_tenThousandLevels_bothWays_data();
   void deepDocument_tenThousandLevels_bothWays();
   void deepDocument_documentedDepths();
+
+  // Concurrency
+  void concurrentConversions_ofSharedSources_agree();
 };
 
 // --- Edge cases ------------------------------------------------------------------------------
@@ -936,6 +940,45 @@ void tst_QtVariantUtils::deepDocument_documentedDepths() {
     QCOMPARE(VariantDepth(thread.framework_result), kDocumentedSmallStackDepth);
   }
 #endif
+}
+
+// --- Concurrency ---------------------------------------------------------------------------
+
+void tst_QtVariantUtils::concurrentConversions_ofSharedSources_agree() {
+  // Threads share the two sources (read only) and the log; each converts into its own targets.
+  LogCapture capture(base::log::kLevelInfo);
+  DocumentGenerator generator(7);
+  const Variant document =
+      Map({{"a", generator.Next(4)}, {"b", generator.Next(4)}, {"c", generator.Next(4)}});
+  QVariant expected_qt;
+  QVariantUtil::VariantToQVariant(&document, &expected_qt);
+  Variant expected_back(document.GetType());
+  QVariantUtil::QVariantToVariant(&expected_qt, &expected_back);
+  const QVariant refused(QVariantList{qlonglong(1), QChar('x')});
+
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 200;
+  std::vector<int> mismatches(kThreads, 0);
+  std::vector<std::unique_ptr<QThread>> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back(QThread::create([&, t] {
+      for (int round = 0; round < kRounds; ++round) {
+        QVariant qt;
+        QVariantUtil::VariantToQVariant(&document, &qt);
+        Variant back(document.GetType());
+        QVariantUtil::QVariantToVariant(&qt, &back);
+        Variant nulls;
+        QVariantUtil::QVariantToVariant(&refused, &nulls);
+        mismatches[size_t(t)] +=
+            qt != expected_qt || back != expected_back || nulls != Array({Variant(), Variant()});
+      }
+    }));
+    threads.back()->start();
+  }
+  for (auto& thread : threads) QVERIFY(thread->wait(60000));
+  QCOMPARE(mismatches, std::vector<int>(kThreads, 0));
+  QCOMPARE(capture.Count(base::log::kLevelFailure, "need impl"), kThreads * kRounds * 2);
+  QCOMPARE(int(capture.Size()), kThreads * kRounds * 2);
 }
 
 QTEST_MAIN(tst_QtVariantUtils)
