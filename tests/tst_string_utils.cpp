@@ -2,7 +2,10 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <random>
 #include <string>
 #include <thread>
 
@@ -22,6 +25,48 @@ QByteArray ReadBytes(const QString& path) {
 bool WriteBytes(const QString& path, const QByteArray& bytes) {
   QFile file(path);
   return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+
+// HtmlEncode as it was first written, one replacement after the other over the whole text; the
+// one-pass version must give exactly the same output.
+void StepwiseHtmlEncode(QString& text) {
+  text.replace(QLatin1Char('&'), QLatin1String("&amp;"));
+  text.replace(QLatin1Char(' '), QLatin1String("&nbsp;"));
+  text.replace(QLatin1Char('<'), QLatin1String("&lt;"));
+  text.replace(QLatin1Char('>'), QLatin1String("&gt;"));
+  text.replace(QLatin1Char('"'), QLatin1String("&quot;"));
+  text.replace(QLatin1Char('\''), QLatin1String("&#39;"));
+  text.replace(QLatin1String("\r\n"), QLatin1String("\r"));
+  text.replace(QLatin1Char('\r'), QLatin1String("<br>"));
+  text.replace(QLatin1Char('\n'), QLatin1String("<br>"));
+  text.replace(QLatin1Char('\v'), QLatin1String("<br>"));
+}
+
+// Text drawn from the characters HtmlEncode treats specially, plain letters, a non-Latin letter
+// and a surrogate pair, so that every pair of neighbours (a "\r" before "\r\n" too) turns up.
+QString GeneratedText(std::mt19937& random, int length) {
+  static const QString pieces[] = {"&",
+                                   " ",
+                                   "<",
+                                   ">",
+                                   "\"",
+                                   "'",
+                                   "\r",
+                                   "\n",
+                                   "\v",
+                                   "\r\n",
+                                   "a",
+                                   "Z",
+                                   ";",
+                                   "#",
+                                   QStringLiteral("\u00e9"),
+                                   kGrin,
+                                   QStringLiteral("&amp;"),
+                                   QStringLiteral("\t")};
+  std::uniform_int_distribution<int> pick(0, int(std::size(pieces)) - 1);
+  QString text;
+  while (text.size() < length) text += pieces[pick(random)];
+  return text;
 }
 
 }  // namespace
@@ -60,6 +105,27 @@ class tst_StringUtils : public QObject {
     QString text = input;
     QTStringUtils::HtmlEncode(text);
     QCOMPARE(text, expected);
+  }
+
+  void htmlEncode_generatedText_matchesStepwiseReplacement() {
+    std::mt19937 random(20261123);
+    for (int length : {1, 2, 3, 5, 8, 13, 64, 500, 4096, 1 << 20}) {
+      const int rounds = length > 4096 ? 1 : 200;
+      for (int round = 0; round < rounds; ++round) {
+        const QString input = GeneratedText(random, length);
+        QString expected = input;
+        StepwiseHtmlEncode(expected);
+        QString text = input;
+        QTStringUtils::HtmlEncode(text);
+        if (text != expected) {
+          int at = 0;
+          while (at < text.size() && at < expected.size() && text[at] == expected[at]) ++at;
+          // Shows where they part.
+          QCOMPARE(text.mid(std::max(0, at - 20), 60), expected.mid(std::max(0, at - 20), 60));
+          QCOMPARE(text.size(), expected.size());
+        }
+      }
+    }
   }
 
   void qStr2StdStr_isUtf8() {
