@@ -29,13 +29,13 @@ struct PendingDeleteSet {
   ~PendingDeleteSet() { g_pending_delete_alive = false; }
   PendingDeleteSet(const PendingDeleteSet&) = delete;
   PendingDeleteSet& operator=(const PendingDeleteSet&) = delete;
-  std::set<QObject*> objects;
-  // A guard per entry of `objects`, made by DeleteObjectLater. An entry normally leaves the set
+  std::set<QObject*> objects_;
+  // A guard per entry of `objects_`, made by DeleteObjectLater. An entry normally leaves the set
   // with its object's destroyed signal; an object whose connections were cut by a client's
   // disconnect(), or that dies on another thread before the queued erase runs, leaves its
   // address behind, and a new object may be allocated there. The guard, cleared by Qt whatever
   // path destroys the object, tells such a stale entry from a real request.
-  std::map<QObject*, QPointer<QObject>> guards;
+  std::map<QObject*, QPointer<QObject>> guards_;
 };
 
 PendingDeleteSet g_pending_delete;
@@ -44,17 +44,17 @@ bool g_handler_installed = false;
 
 void ForgetPendingDelete(QObject* object) {
   if (!g_pending_delete_alive) return;
-  g_pending_delete.objects.erase(object);
-  g_pending_delete.guards.erase(object);
+  g_pending_delete.objects_.erase(object);
+  g_pending_delete.guards_.erase(object);
 }
 
 // Whether `receiver` itself, and not an object that died at its address, was asked to be
 // deleted. A stale entry is dropped on the way. An entry without a guard was put in the set by
 // hand (the set is public) and is taken at its word.
 bool IsPendingDelete(QObject* receiver) {
-  if (!g_pending_delete_alive || g_pending_delete.objects.count(receiver) == 0) return false;
-  const auto guard = g_pending_delete.guards.find(receiver);
-  if (guard != g_pending_delete.guards.end() && guard->second.isNull()) {
+  if (!g_pending_delete_alive || g_pending_delete.objects_.count(receiver) == 0) return false;
+  const auto guard = g_pending_delete.guards_.find(receiver);
+  if (guard != g_pending_delete.guards_.end() && guard->second.isNull()) {
     ForgetPendingDelete(receiver);
     return false;
   }
@@ -164,8 +164,8 @@ void CustomEventUtils::DeleteObjectLater(QObject* object) {
     QTU_LOG(base::log::kLevelFailure) << "custom event handler didn't init";
     return;
   }
-  g_pending_delete.objects.insert(object);
-  g_pending_delete.guards[object] = object;
+  g_pending_delete.objects_.insert(object);
+  g_pending_delete.guards_[object] = object;
   // The application is the context so that the entry goes with the object whichever path
   // destroys it. Without an application the object itself has to serve: a context-less
   // connection would be refused and leave a stale entry behind.
@@ -213,5 +213,5 @@ bool CustomEventUtils::CompressPostEvent(QEvent* event, QObject* receiver, bool&
 }
 
 std::set<QObject*>* CustomEventUtils::PendingDeleteListInstance() {
-  return &g_pending_delete.objects;
+  return &g_pending_delete.objects_;
 }
