@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "qt_util/string_utils.h"
+#include "support/stepwise_html_encode.h"
 
 namespace {
 
@@ -25,21 +26,6 @@ QByteArray ReadBytes(const QString& path) {
 bool WriteBytes(const QString& path, const QByteArray& bytes) {
   QFile file(path);
   return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
-
-// HtmlEncode as it was first written, one replacement after the other over the whole text; the
-// one-pass version must give exactly the same output.
-void StepwiseHtmlEncode(QString& text) {
-  text.replace(QLatin1Char('&'), QLatin1String("&amp;"));
-  text.replace(QLatin1Char(' '), QLatin1String("&nbsp;"));
-  text.replace(QLatin1Char('<'), QLatin1String("&lt;"));
-  text.replace(QLatin1Char('>'), QLatin1String("&gt;"));
-  text.replace(QLatin1Char('"'), QLatin1String("&quot;"));
-  text.replace(QLatin1Char('\''), QLatin1String("&#39;"));
-  text.replace(QLatin1String("\r\n"), QLatin1String("\r"));
-  text.replace(QLatin1Char('\r'), QLatin1String("<br>"));
-  text.replace(QLatin1Char('\n'), QLatin1String("<br>"));
-  text.replace(QLatin1Char('\v'), QLatin1String("<br>"));
 }
 
 // Text drawn from the characters HtmlEncode treats specially, plain letters, a non-Latin letter
@@ -114,7 +100,7 @@ class tst_StringUtils : public QObject {
       for (int round = 0; round < rounds; ++round) {
         const QString input = GeneratedText(random, length);
         QString expected = input;
-        StepwiseHtmlEncode(expected);
+        test_support::StepwiseHtmlEncode(expected);
         QString text = input;
         QTStringUtils::HtmlEncode(text);
         if (text != expected) {
