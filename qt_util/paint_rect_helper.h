@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// QTPaintRectHelper, where a bound widget really is on screen and whether it may be painted.
+
 #include <QEvent>
 #include <QList>
 #include <QObject>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// QTUIMonitorHelper, the registry of the widgets laid over the meeting window.
+
 #include <QMap>
 #include <QObject>
 #include <QSet>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// QVariantUtil, conversions between base::variant::Variant and QVariant.
+
 #include "qt_util/qt_util_export.h"
 
 class QVariant;
