@@ -21,31 +21,22 @@
 #include "bench_support.h"
 #include "qt_util/qt_ui_custom_theme_helper.h"
 #include "qt_util/ui_util.h"
+#include "support/stub_theme_manager.h"
 
 namespace {
 
 // A theme engine doing what a real one does for a path: in the dark theme a path under the
 // light tree is mapped to the dark tree (one prefix test and one new string); in the light
 // theme the path comes back as it is.
-class PrefixThemeManager : public ICustomThemeManager {
+class PrefixThemeManager : public test_support::StubThemeManager {
  public:
   PrefixThemeManager(QString from, QString to, bool dark)
       : from_(std::move(from)), to_(std::move(to)), dark_(dark) {}
-  int CurrentThemeType() override { return dark_ ? 2 : 1; }
-  std::string GetThemeColorStr(const std::string&) override { return "#FF000000"; }
-  uint32_t GetThemeColor(const std::string&) override { return 0; }
-  uint32_t GetThemeColorWithReplaceAlpha(const std::string&, const std::string&) override {
-    return 0;
-  }
-  bool InstallAppThemeEventFilter(QObject*) override { return false; }
-  QColor GetThemeQColor(const std::string&) override { return Qt::black; }
   QString GetCurrentThemeResPath(const QString& path) override {
     if (!dark_ || !path.startsWith(from_)) return path;
     return to_ + path.midRef(from_.size());
   }
   bool IsCurrentDarkType() override { return dark_; }
-  bool CheckThemeColorTokenValid(const QString&) override { return false; }
-  bool CheckSetupQss(QWidget*, const QString&) override { return true; }
 
  private:
   QString from_;
