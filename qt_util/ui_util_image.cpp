@@ -51,8 +51,9 @@ QString ThemedPath(const QString& path) {
   return QTUICustomThemeHelper::SharedInstance()->GetCurrentThemeResPath(path);
 }
 
+// Callers must pass a widget; a null one gets the smallest step rather than a crash.
 double WindowRatio(QWidget* widget) {
-  return widget->window()->devicePixelRatioF();
+  return widget ? widget->window()->devicePixelRatioF() : 1.0;
 }
 
 }  // namespace

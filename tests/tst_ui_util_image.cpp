@@ -110,6 +110,7 @@ class tst_UiUtilImage : public QObject {
   void image_missing_isNullWithInfoMessageAndNotCached();
   void image_goesThroughTheTheme();
   void image_widget_usesItsWindowsRatio();
+  void widgetOverloads_nullWidget_countAsRatio1();
 
   // SVG images
   void svg_rendersSizeTimesStepAtThatRatio();
@@ -292,6 +293,16 @@ void tst_UiUtilImage::image_widget_usesItsWindowsRatio() {
   QCOMPARE(pixmap.devicePixelRatio(), 3.0);
   QCOMPARE(CentreColour(pixmap), kLight3x);
   test_support::RemoveVirtualScreen(screen);
+}
+
+void tst_UiUtilImage::widgetOverloads_nullWidget_countAsRatio1() {
+  ScopedPackage package(kMainPackage);
+  QVERIFY(package.registered());
+  QCOMPARE(VxQtUiUtil::GetHdpiImagePath(nullptr, kData + "/light/icon.png", ".png"),
+           kData + "/light/icon@2x.png");
+  QCOMPARE(VxQtUiUtil::GetHdpiImage(nullptr, ":/light/icon").devicePixelRatio(), 2.0);
+  QCOMPARE(VxQtUiUtil::GetHdpiImageSvg(nullptr, kData + "/light/logo.svg", QSize(8, 8)).size(),
+           QSize(16, 16));
 }
 
 void tst_UiUtilImage::svg_rendersSizeTimesStepAtThatRatio() {
