@@ -1,6 +1,5 @@
 #include "qt_util/html_parser.h"
 
-#include <QStringMatcher>
 #include <QStringView>
 #include <algorithm>
 #include <cstdint>
@@ -19,14 +18,17 @@ inline bool MatchesAt(const QChar* data, int size, int index, QLatin1String need
   return true;
 }
 
-// First index >= from where `needle` starts, or -1. Looks for the first character with the
-// vectorised single-character search; QString::indexOf(QLatin1String) converts the needle to
-// UTF-16 on the heap at every call.
-int FindLatin1(const QString& text, int from, QLatin1String needle) {
-  const QChar head = QLatin1Char(needle.at(0));
-  for (int at = text.indexOf(head, from); at >= 0; at = text.indexOf(head, at + 1)) {
-    if (at + needle.size() > text.size()) return -1;
-    if (MatchesAt(text.constData(), text.size(), at, needle)) return at;
+// First index >= from where `needle` starts, or -1. Looks for the needle's character at `anchor`
+// with the vectorised single-character search (the rarer that character in the text, the
+// faster) and compares the rest where it finds one; QString::indexOf(QLatin1String) converts the
+// needle to UTF-16 on the heap at every call.
+int FindLatin1(const QString& text, int from, QLatin1String needle, int anchor = 0) {
+  const QChar key = QLatin1Char(needle.at(anchor));
+  for (int at = text.indexOf(key, std::max(from, 0) + anchor); at >= 0;
+       at = text.indexOf(key, at + 1)) {
+    const int start = at - anchor;
+    if (start + needle.size() > text.size()) return -1;
+    if (MatchesAt(text.constData(), text.size(), start, needle)) return start;
   }
   return -1;
 }
@@ -47,6 +49,62 @@ void ReplaceAll(QString& text, QLatin1String needle, QChar replacement) {
       in += needle.size();
     } else {
       data[out++] = data[in++];
+    }
+  }
+  text.resize(out);
+}
+
+// Replaces, in this order and each over the whole text, "&nbsp;" by " ", "&amp;" by "&", "&lt;"
+// by "<", "&gt;" by ">", "&quot;" by a double quote and "&#39;" by "'", in one pass. Every
+// entity holds a single "&", its first character, and no two share their second, so the
+// entities of the text never overlap, and no replacement character but the "&" of "&amp;" occurs
+// in an entity. The six passes therefore replace exactly the entities of the text, except that
+// the "&" an "&amp;" leaves behind begins one of the four later entities when the text that
+// follows completes it: "&amp;lt;" ends as "<" (but "&amp;nbsp;" as "&nbsp;", since "&nbsp;" was
+// decoded before). Text is only ever shortened, so the pass writes behind where it reads.
+void DecodeEntities(QString& text) {
+  struct Entity {
+    QLatin1String name;  // without its "&"
+    QChar character;
+  };
+  static const Entity kLater[] = {{QLatin1String("lt;"), QLatin1Char('<')},
+                                  {QLatin1String("gt;"), QLatin1Char('>')},
+                                  {QLatin1String("quot;"), QLatin1Char('"')},
+                                  {QLatin1String("#39;"), QLatin1Char('\'')}};
+  const int size = text.size();
+  QChar* data = text.data();
+  // The entity of kLater whose name starts at `at`, or null.
+  auto later = [&](int at) -> const Entity* {
+    for (const Entity& entity : kLater) {
+      if (MatchesAt(data, size, at, entity.name)) return &entity;
+    }
+    return nullptr;
+  };
+  int out = 0;
+  int in = 0;
+  while (in < size) {
+    const QChar c = data[in];
+    if (c != QLatin1Char('&')) {
+      data[out++] = c;
+      ++in;
+    } else if (MatchesAt(data, size, in, QLatin1String("&nbsp;"))) {
+      data[out++] = QLatin1Char(' ');
+      in += 6;
+    } else if (MatchesAt(data, size, in, QLatin1String("&amp;"))) {
+      // The "&" left behind, and what follows it as one of the later entities.
+      in += 5;
+      if (const Entity* entity = later(in)) {
+        data[out++] = entity->character;
+        in += entity->name.size();
+      } else {
+        data[out++] = QLatin1Char('&');
+      }
+    } else if (const Entity* entity = later(in + 1)) {
+      data[out++] = entity->character;
+      in += 1 + entity->name.size();
+    } else {
+      data[out++] = c;
+      ++in;
     }
   }
   text.resize(out);
@@ -342,22 +400,31 @@ CHTMLParser::Tag CHTMLParser::FindTag(QStringView key) {
 
   const int length = int(key.size());
   if (length > kLongestKey) return Tag::kNone;
+  // Folded by hand when the key is plain ASCII, the common case; otherwise by toLower below.
   Packed packed;
   packed.length = length;
-  for (int i = 0; i < length; ++i) {
-    const ushort c = key[i].unicode();
-    if (c >= 0x80) {
-      const QString lowered = key.toString().toLower();
-      if (lowered.size() > kLongestKey) return Tag::kNone;
-      packed = Packed();
-      packed.length = int(lowered.size());
-      for (int k = 0; k < lowered.size(); ++k) {
-        if (lowered.at(k).unicode() >= 0x80) return Tag::kNone;
-        packed.Add(k, static_cast<unsigned char>(lowered.at(k).unicode()));
-      }
-      break;
+  const QChar* chars = key.data();
+  ushort any = 0;
+  for (int i = 0; i < std::min(length, 8); ++i) {
+    const ushort c = chars[i].unicode();
+    any |= c;
+    packed.low |= uint64_t(ushort(c + (ushort(c - 'A') < 26 ? 'a' - 'A' : 0)) & 0xff) << (8 * i);
+  }
+  for (int i = 8; i < length; ++i) {
+    const ushort c = chars[i].unicode();
+    any |= c;
+    packed.high |= uint64_t(ushort(c + (ushort(c - 'A') < 26 ? 'a' - 'A' : 0)) & 0xff)
+                   << (8 * (i - 8));
+  }
+  if (any >= 0x80) {
+    const QString lowered = key.toString().toLower();
+    if (lowered.size() > kLongestKey) return Tag::kNone;
+    packed = Packed();
+    packed.length = int(lowered.size());
+    for (int k = 0; k < lowered.size(); ++k) {
+      if (lowered.at(k).unicode() >= 0x80) return Tag::kNone;
+      packed.Add(k, static_cast<unsigned char>(lowered.at(k).unicode()));
     }
-    packed.Add(i, static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c));
   }
   for (int slot = packed.Slot();; slot = (slot + 1) % 64) {
     const Slot& entry = kSlots.slots[slot];
@@ -439,10 +506,9 @@ void CHTMLParser::SimplifyHTML(QString& html) {
   int rest = 0;
 
   auto logicalAt = [&](int k) { return k < keptSize ? kept.at(k) : source[rest + (k - keptSize)]; };
-  // Boyer-Moore: the common case is one search through a whole text that holds no comment.
-  const QStringMatcher openMatcher(kOpen);
-  const QStringMatcher closeMatcher(kClose);
-  auto find = [&](QLatin1String needle, const QStringMatcher& matcher) {
+  // The common case is one search through a whole text that holds no comment: it looks for the
+  // "!" of "<!--", much rarer in chat than "<", and for the "-" of "-->" rather than its ">".
+  auto find = [&](QLatin1String needle, int anchor) {
     const int logicalSize = keptSize + (size - rest);
     for (int k = std::max(0, keptSize - (int(needle.size()) - 1)); k < keptSize; ++k) {
       if (k + needle.size() > logicalSize) return -1;
@@ -452,14 +518,14 @@ void CHTMLParser::SimplifyHTML(QString& html) {
       }
       if (match) return k;
     }
-    const int found = matcher.indexIn(html, rest);
+    const int found = FindLatin1(html, rest, needle, anchor);
     return found < 0 ? -1 : keptSize + (found - rest);
   };
 
   for (;;) {
-    const int s = find(kOpen, openMatcher);
+    const int s = find(kOpen, 1);
     if (s < 0) break;
-    const int e = find(kClose, closeMatcher);
+    const int e = find(kClose, 0);
     if (e < 0 || e <= s + 3) break;
     if (kept.isNull()) kept.resize(size);
     const int nextRest = rest + (e + 3 - keptSize);
@@ -585,9 +651,11 @@ void CHTMLParser::EmitText(QStringView text) {
   std::copy(begin, end, data);
   bool lineBreaks = false;
   bool entities = false;
+  // Bitwise, without branches, so that the compiler can test many characters at once.
   for (const QChar* c = begin; c < end; ++c) {
-    lineBreaks |= *c == QLatin1Char('\r') || *c == QLatin1Char('\n');
-    entities |= *c == QLatin1Char('&');
+    const ushort u = c->unicode();
+    lineBreaks |= (u == '\r') | (u == '\n');
+    entities |= u == '&';
   }
   if (lineBreaks) {
     const QChar* kept = std::remove_if(data, data + text_.size(), [](QChar c) {
@@ -595,15 +663,7 @@ void CHTMLParser::EmitText(QStringView text) {
     });
     text_.resize(int(kept - data));
   }
-  if (entities) {
-    // "&amp;" goes before the others, so "&amp;lt;" ends as "<".
-    ReplaceAll(text_, QLatin1String("&nbsp;"), QLatin1Char(' '));
-    ReplaceAll(text_, QLatin1String("&amp;"), QLatin1Char('&'));
-    ReplaceAll(text_, QLatin1String("&lt;"), QLatin1Char('<'));
-    ReplaceAll(text_, QLatin1String("&gt;"), QLatin1Char('>'));
-    ReplaceAll(text_, QLatin1String("&quot;"), QLatin1Char('"'));
-    ReplaceAll(text_, QLatin1String("&#39;"), QLatin1Char('\''));
-  }
+  if (entities) DecodeEntities(text_);
   if (!text_.isEmpty()) out->WriteText(text_);
 }
 
@@ -668,20 +728,23 @@ void CHTMLParser::ProcessDivAlign(const QString& value) {
 }
 
 void CHTMLParser::ProcessFont() {
-  if (fontAttributes.isEmpty()) return;
-  const QString name = fontAttributes.takeLast();
+  if (fontAttributes.empty()) return;
+  const FontAttribute attribute = fontAttributes.back();
+  fontAttributes.pop_back();
   if (!output) return;
-  auto is = [&name](const char* attribute) {
-    return name.compare(QLatin1String(attribute), Qt::CaseInsensitive) == 0;
-  };
-  if (is("color")) {
-    output->textColor = QColor(Qt::black);
-  } else if (is("bgcolor")) {
-    output->backgroundColor = QColor(Qt::white);
-  } else if (is("size")) {
-    output->fontSize = 9;
-  } else if (is("name")) {
-    output->fontName = QStringLiteral("Tahoma");
+  switch (attribute) {
+    case FontAttribute::kColor:
+      output->textColor = QColor(Qt::black);
+      break;
+    case FontAttribute::kBackgroundColor:
+      output->backgroundColor = QColor(Qt::white);
+      break;
+    case FontAttribute::kSize:
+      output->fontSize = 9;
+      break;
+    case FontAttribute::kName:
+      output->fontName = QStringLiteral("Tahoma");
+      break;
   }
 }
 
@@ -735,7 +798,7 @@ void CHTMLParser::Dispatch(Tag tag, const QString& args, bool isClose) {
       break;
     case Tag::kFontBgcolor:
       if (output) output->backgroundColor = ParseColor(args);
-      fontAttributes.append(QStringLiteral("bgcolor"));
+      fontAttributes.push_back(FontAttribute::kBackgroundColor);
       break;
     case Tag::kUl:
       ProcessUl(isClose);
@@ -751,15 +814,15 @@ void CHTMLParser::Dispatch(Tag tag, const QString& args, bool isClose) {
       break;
     case Tag::kFontSize:
       if (output) output->fontSize = args.toInt(nullptr, 10);
-      fontAttributes.append(QStringLiteral("size"));
+      fontAttributes.push_back(FontAttribute::kSize);
       break;
     case Tag::kFontName:
       if (output) output->fontName = args;
-      fontAttributes.append(QStringLiteral("name"));
+      fontAttributes.push_back(FontAttribute::kName);
       break;
     case Tag::kFontColor:
       if (output) output->textColor = ParseColor(args);
-      fontAttributes.append(QStringLiteral("color"));
+      fontAttributes.push_back(FontAttribute::kColor);
       break;
     case Tag::kImage: {
       const QString source = attributes[QStringLiteral("src")];

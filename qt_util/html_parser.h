@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QStringView>
+#include <vector>
 
 #include "qt_util/qt_util_export.h"
 
@@ -120,6 +121,8 @@ class QT_UTIL_EXPORT CHTMLParser {
 
  private:
   enum class Tag : unsigned char;
+  // The font attributes that a closing or opening "font" restores, most recent last.
+  enum class FontAttribute : unsigned char { kBackgroundColor, kSize, kName, kColor };
 
   static Tag FindTag(QStringView key);
 
@@ -137,7 +140,7 @@ class QT_UTIL_EXPORT CHTMLParser {
   CParserOut* EnabledOutput() const { return outputEnabled ? output : nullptr; }
 
   CParserOut* output;
-  QStringList fontAttributes;
+  std::vector<FontAttribute> fontAttributes;
   bool inUnorderedList = false;
   bool inOrderedList = false;
   bool keepAttributes = false;

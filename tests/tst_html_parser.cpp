@@ -33,11 +33,12 @@ QString Simplify(const QString& html) {
 // attribute pieces and an optional self-closing end.
 QString GeneratedHtml(QRandomGenerator& random, int maxPieces) {
   static const QStringList loose = {
-      "<",   ">",     "/",     " ",      "  ",
-      "\"",  "'",     "=",     "\r\n",   "\n",
-      "\t",  "&amp;", "&lt;",  "&nbsp;", "&",
-      "lt;", "amp;",  "nbsp;", "#39;",   "<!--",
-      "-->", "a",     "Z",     "x y",    QString::fromUtf8("\xc3\x84\xc4\xb0")};
+      "<",    ">",      "/",     " ",      "  ",
+      "\"",   "'",      "=",     "\r\n",   "\n",
+      "\t",   "&amp;",  "&lt;",  "&nbsp;", "&",
+      "lt;",  "amp;",   "nbsp;", "#39;",   "<!--",
+      "-->",  "a",      "Z",     "x y",    QString::fromUtf8("\xc3\x84\xc4\xb0"),
+      "&gt;", "&quot;", "&#39;", "gt;",    "quot;"};
   static const QStringList names = {
       "b",      "I",   "u",       "sc",         "strike",      "sub",       "sup",
       "script", "ul",  "ol",      "li",         "div",         "div align", "center",
@@ -233,6 +234,16 @@ void tst_HtmlParser::text_entities_decodeInFixedOrder_data() {
                                        << "&copy; &#60; &apos; &AMP;";
   QTest::newRow("unterminated") << "&amp &lt"
                                 << "&amp &lt";
+  QTest::newRow("amp then amp then lt") << "&amp;amp;lt;"
+                                        << "&amp;lt;";
+  QTest::newRow("decoded amp before an entity") << "&amp;&lt;&amp;&amp;gt;"
+                                                << "&<&>";
+  QTest::newRow("decoded amp before nbsp") << "&amp;&nbsp;"
+                                           << "& ";
+  QTest::newRow("entity joined by a removed line break") << "&am\r\np;l\nt;"
+                                                         << "<";
+  QTest::newRow("ampersand runs") << "&&&amp;&&lt;&"
+                                  << "&&&&<&";
 }
 
 void tst_HtmlParser::text_entities_decodeInFixedOrder() {
