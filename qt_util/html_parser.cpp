@@ -147,29 +147,6 @@ QString TrimmedLower(QStringView view, bool stripQuotes) {
   return text;
 }
 
-// The open quotes of a tag. A quote is pushed when it differs from the top and pops the top when
-// it equals it, so neighbouring entries always differ: the stack alternates between the two
-// quote characters, and its bottom entry and its depth say all there is to it. A tag full of
-// alternating quotes, which pushes one entry per character, costs no memory.
-class QuoteStack {
- public:
-  bool IsEmpty() const { return depth_ == 0; }
-  // `quote` is a double or a single quote.
-  void Track(QChar quote) {
-    if (depth_ == 0) {
-      bottom_ = quote;
-      depth_ = 1;
-    } else {
-      const bool topIsBottom = depth_ % 2 == 1;
-      depth_ += (quote == bottom_) == topIsBottom ? -1 : 1;
-    }
-  }
-
- private:
-  QChar bottom_;
-  int depth_ = 0;
-};
-
 struct TagSpan {
   int begin;
   int end;
@@ -182,10 +159,14 @@ inline bool IsTagSpecial(QChar c) {
 }
 
 // The span of the raw tag at `pos` (which stands on "<"): html[begin, end) holds "<" and the tag
-// text without the closing ">". A ">" inside quotes does not end the tag; quotes nest as a
-// stack. A tag that runs to the end of the text loses its last character. `pos` is left behind
-// the last character read.
-TagSpan ReadTag(const QString& html, int& pos) {
+// text without the closing ">". A ">" inside quotes does not end the tag. A tag that runs to the
+// end of the text loses its last character. `pos` is left behind the last character read.
+//
+// Quotes nest as a stack: a quote pops the top when it equals it and is pushed otherwise. So
+// neighbouring entries always differ, the stack alternates between the two quote characters, and
+// its depth and top say all there is to it; every quote flips the top. A tag full of alternating
+// quotes, which pushes one entry per character, costs no memory.
+Q_ALWAYS_INLINE TagSpan ReadTag(const QString& html, int& pos) {
   const int size = html.size();
   if (pos < 0 || pos >= size) {
     pos = size;
@@ -193,27 +174,38 @@ TagSpan ReadTag(const QString& html, int& pos) {
   }
   const QChar* const data = html.constData();
   const int begin = pos;
-  QuoteStack quotes;
-  if (IsQuote(data[begin])) quotes.Track(data[begin]);
+  int depth = 0;
+  QChar top;
+  // Every quote flips the top between the two quote characters.
+  constexpr ushort kFlip = ushort('"') ^ ushort('\'');
+  if (IsQuote(data[begin])) {
+    depth = 1;
+    top = data[begin];
+  }
   // `next` points at the character being read; reading at the end (after a "<" that ends the
   // text) yields NUL, as a Qt string does, without touching memory outside it. The last character
   // read (the ">", or the final character of a tag that runs to the end) is not part of the tag;
-  // the text's last character ends the tag whatever it is. Between two quotes or ">" nothing
-  // happens, so each inner loop only looks for the next character that matters: outside quotes
-  // a quote or ">", inside them a quote.
+  // the text's last character ends the tag whatever it is. Outside quotes only a quote or ">"
+  // matters, inside them only a quote.
   const QChar* const last = data + size - 1;
   const QChar* next = data + begin + 1;
   for (;;) {
-    if (quotes.IsEmpty()) {
+    if (depth == 0) {
       while (next < last && !IsTagSpecial(*next)) ++next;
+      if (next >= last || *next == QLatin1Char('>')) break;
+      depth = 1;
+      top = *next++;
     } else {
-      while (next < last && !IsQuote(*next)) ++next;
+      for (; next < last; ++next) {
+        const QChar c = *next;
+        if (!IsQuote(c)) continue;
+        depth += c == top ? -1 : 1;
+        top = QChar(ushort(top.unicode() ^ kFlip));
+        if (depth == 0) break;
+      }
+      if (next >= last) break;
+      ++next;
     }
-    const QChar c = next <= last ? *next : QChar();
-    if (quotes.IsEmpty() && c == QLatin1Char('>')) break;
-    if (next >= last) break;
-    quotes.Track(c);
-    ++next;
   }
   const int end = int(next - data);
   pos = end + 1;
@@ -645,25 +637,24 @@ void CHTMLParser::EmitText(QStringView text) {
   while (end > begin && end[-1].isSpace()) --end;
   if (begin == end) return;
   // Copied into a buffer that keeps its capacity, so that a run costs no allocation unless the
-  // sink keeps the text.
-  text_.resize(int(end - begin));
-  QChar* data = text_.data();
-  std::copy(begin, end, data);
-  bool lineBreaks = false;
-  bool entities = false;
-  // Bitwise, without branches, so that the compiler can test many characters at once.
+  // sink keeps the text. Line breaks go first, so that an entity they split is decoded whole.
+  // One branch-free pass finds line breaks and "&" (a compiler tests many characters at once);
+  // on runs of a few words it beats three calls of the library's vectorised search.
+  unsigned found = 0;
   for (const QChar* c = begin; c < end; ++c) {
     const ushort u = c->unicode();
-    lineBreaks |= (u == '\r') | (u == '\n');
-    entities |= u == '&';
+    found |= unsigned(u == '\r' || u == '\n') | unsigned(u == '&') << 1;
   }
-  if (lineBreaks) {
-    const QChar* kept = std::remove_if(data, data + text_.size(), [](QChar c) {
-      return c == QLatin1Char('\r') || c == QLatin1Char('\n');
-    });
+  text_.resize(int(end - begin));
+  QChar* data = text_.data();
+  if (found & 1) {
+    const QChar* kept = std::remove_copy_if(
+        begin, end, data, [](QChar c) { return c == QLatin1Char('\r') || c == QLatin1Char('\n'); });
     text_.resize(int(kept - data));
+  } else {
+    std::copy(begin, end, data);
   }
-  if (entities) DecodeEntities(text_);
+  if (found & 2) DecodeEntities(text_);
   if (!text_.isEmpty()) out->WriteText(text_);
 }
 
