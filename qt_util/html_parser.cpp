@@ -459,16 +459,25 @@ void CHTMLParser::ProcessHTML(const QString& html) {
   QStringView deferredArgs;
   while (pos < size) {
     if (copy.at(pos) != QLatin1Char('<')) {
-      int next = copy.indexOf(QLatin1Char('<'), pos);
-      if (next < 0) next = size;
+      // Most runs between two tags are a few characters; the library search pays off on long ones.
+      const QChar* data = copy.constData();
+      int next = pos + 1;
+      const int shortEnd = std::min(size, pos + 32);
+      while (next < shortEnd && data[next] != QLatin1Char('<')) ++next;
+      if (next == shortEnd && next < size) {
+        next = copy.indexOf(QLatin1Char('<'), next);
+        if (next < 0) next = size;
+      }
       if (!output->inScript) {
         textBegin = pos;
         textEnd = next;
       }
       pos = next;
     } else {
-      EmitText(QStringView(copy.constData() + textBegin, textEnd - textBegin));
-      textBegin = textEnd = 0;
+      if (textEnd > textBegin) {
+        EmitText(QStringView(copy.constData() + textBegin, textEnd - textBegin));
+        textBegin = textEnd = 0;
+      }
       deferred = ParseTag(copy, pos, &deferredArgs);
     }
   }
@@ -578,16 +587,21 @@ void CHTMLParser::ProcessArg(QString& args, QString& tag) {
 }
 
 void CHTMLParser::FillAttributes(QStringView rawArgs) {
+  // CRLF becomes a space first; most argument texts hold none and are parsed where they stand.
+  if (!rawArgs.contains(QLatin1Char('\r'))) {
+    ParseAttributes(rawArgs);
+    return;
+  }
   QString args = rawArgs.toString();
   ReplaceAll(args, QLatin1String("\r\n"), QLatin1Char(' '));
   ParseAttributes(args);
 }
 
-void CHTMLParser::ParseAttributes(const QString& args) {
+void CHTMLParser::ParseAttributes(QStringView args) {
   // Pieces are separated by single spaces, and joining pieces puts back exactly the space that
   // separated them, so every token is the span args[begin, end) and is never copied.
-  const int size = args.size();
-  const QChar* data = args.constData();
+  const int size = int(args.size());
+  const QChar* data = args.data();
   int p = 0;
   // End of the space-separated piece at p; moves p behind its space, or to -1 when none is left.
   auto pieceEnd = [&]() {
@@ -595,7 +609,7 @@ void CHTMLParser::ParseAttributes(const QString& args) {
       p = -1;
       return size;
     }
-    const int space = args.indexOf(QLatin1Char(' '), p);
+    const int space = int(args.indexOf(QLatin1Char(' '), p));
     if (space < 0) {
       p = -1;
       return size;

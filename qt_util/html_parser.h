@@ -134,7 +134,7 @@ class QT_UTIL_EXPORT CHTMLParser {
   bool ParseTag(const QString& html, int& pos, QStringView* deferredArgs);
   void FillAttributes(QStringView rawArgs);
   void Dispatch(Tag tag, const QString& args, bool isClose);
-  void ParseAttributes(const QString& args);
+  void ParseAttributes(QStringView args);
   void EmitText(QStringView text);
   // The sink while output is enabled, else null: every sink operation goes through here.
   CParserOut* EnabledOutput() const { return outputEnabled ? output : nullptr; }
