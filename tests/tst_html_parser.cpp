@@ -2,7 +2,6 @@
 #include <QtTest>
 
 #include "qt_util/html_parser.h"
-#include "support/interface_order.h"
 #include "support/literal_html_parser.h"
 #include "support/recording_sink.h"
 
@@ -86,26 +85,6 @@ class tst_HtmlParser : public QObject {
   Q_OBJECT
 
  private slots:
-  // Client sinks compiled against an older header call the operations by vtable slot.
-  void sinkOperations_keepTheirVtableSlots() {
-    if (!test_support::kHasVirtualSlots) QSKIP("vtable layout unknown on this target");
-    using test_support::VirtualSlot;
-    const QList<int> actual{
-        VirtualSlot(&CParserOut::BeginBulletList), VirtualSlot(&CParserOut::EndBulletList),
-        VirtualSlot(&CParserOut::BulletItem),      VirtualSlot(&CParserOut::NumberedItem),
-        VirtualSlot(&CParserOut::EndNumberedList), VirtualSlot(&CParserOut::SetAlignment),
-        VirtualSlot(&CParserOut::NewParagraph),    VirtualSlot(&CParserOut::ResetParagraph),
-        VirtualSlot(&CParserOut::LineBreak),       VirtualSlot(&CParserOut::BeginRow),
-        VirtualSlot(&CParserOut::EndRow),          VirtualSlot(&CParserOut::BeginCell),
-        VirtualSlot(&CParserOut::EndCell),         VirtualSlot(&CParserOut::AddColumn),
-        VirtualSlot(&CParserOut::Reserved),        VirtualSlot(&CParserOut::WriteText),
-        VirtualSlot(&CParserOut::InsertImage),     VirtualSlot(&CParserOut::InsertObject)};
-    // Slots 0 and 1 hold the two destructor entries.
-    QList<int> expected;
-    for (int slot = 2; slot < 20; ++slot) expected << slot;
-    QCOMPARE(actual, expected);
-  }
-
   // Text decoding
   void text_ampersandLt_isDecodedTwice();
   void text_entities_decodeInFixedOrder_data();
