@@ -1,0 +1,443 @@
+#include "scenario.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QCursor>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFontMetrics>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScreen>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextImageFormat>
+#include <QTextList>
+#include <QThread>
+#include <cstdio>
+
+#include "chat_panel.h"
+#include "meeting_area.h"
+#include "meeting_window.h"
+#include "notice_banner.h"
+#include "participant_list.h"
+#include "qt_util/custom_event_util.h"
+#ifdef MEETING_VIRTUAL_SCREENS
+#include "support/virtual_screen.h"
+#endif
+
+namespace meeting {
+
+namespace {
+
+const QString kLongName = QStringLiteral("Maximiliana Fernández-Oyelaran de la Cruz y Villanueva");
+
+QString RectText(const QRect& rect) {
+  return QStringLiteral("%1x%2+%3+%4")
+      .arg(rect.width())
+      .arg(rect.height())
+      .arg(rect.x())
+      .arg(rect.y());
+}
+
+void SendMouse(QWidget* widget, QEvent::Type type, const QPoint& pos) {
+  const QPoint global = widget->mapToGlobal(pos);
+  QCursor::setPos(global);
+  const Qt::MouseButtons held = type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
+  QMouseEvent event(type, pos, global, Qt::LeftButton, held, Qt::NoModifier);
+  QApplication::sendEvent(widget, &event);
+}
+
+// The block of the document that holds `text`, or an invalid block.
+QTextBlock BlockWith(QTextDocument* document, const QString& text) {
+  for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
+    if (block.text().contains(text)) return block;
+  }
+  return {};
+}
+
+// The character format at the middle of the first occurrence of `text`.
+QTextCharFormat FormatOf(QTextDocument* document, const QString& text) {
+  const QTextCursor found = document->find(text);
+  if (found.isNull()) return {};
+  QTextCursor at(document);
+  at.setPosition(found.selectionStart() + 1);
+  return at.charFormat();
+}
+
+}  // namespace
+
+LogRecorder::LogRecorder(int level) : previous_level_(base::log::GetLogLevel()) {
+  base::log::SetLogLevel(level);
+  previous_sink_ = base::log::SetLogSink([this](const base::log::LogRecord& record) {
+    records_.push_back(record);
+    std::printf("    [log %d] %s\n", record.level, record.text.c_str());
+    std::fflush(stdout);
+  });
+}
+
+LogRecorder::~LogRecorder() {
+  base::log::SetLogSink(std::move(previous_sink_));
+  base::log::SetLogLevel(previous_level_);
+}
+
+QStringList LogRecorder::TextsSince(size_t mark, int level) const {
+  QStringList texts;
+  for (size_t i = mark; i < records_.size(); ++i) {
+    if (records_[i].level == level) texts.append(QString::fromStdString(records_[i].text));
+  }
+  return texts;
+}
+
+int LogRecorder::CountSince(size_t mark, int level, const QString& prefix) const {
+  int count = 0;
+  for (size_t i = mark; i < records_.size(); ++i) {
+    count +=
+        records_[i].level == level && QString::fromStdString(records_[i].text).startsWith(prefix);
+  }
+  return count;
+}
+
+bool WaitUntil(const std::function<bool()>& done, int timeout_ms) {
+  QElapsedTimer timer;
+  timer.start();
+  while (!done()) {
+    if (timer.elapsed() > timeout_ms) return false;
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    QThread::msleep(2);
+  }
+  return true;
+}
+
+void Click(QWidget* widget, const QPoint& pos) {
+  SendMouse(widget, QEvent::MouseButtonPress, pos);
+  SendMouse(widget, QEvent::MouseButtonRelease, pos);
+}
+
+void Click(QWidget* widget) {
+  Click(widget, widget->rect().center());
+}
+
+Scenario::Scenario(MeetingWindow& window, const QString& out_dir, LogRecorder& log)
+    : window_(window), out_dir_(out_dir), log_(log) {}
+
+void Scenario::Say(const QString& text) const {
+  std::printf("%s\n", text.toUtf8().constData());
+  std::fflush(stdout);
+}
+
+void Scenario::Expect(bool ok, const QString& what) {
+  Say(QStringLiteral("  %1 %2").arg(ok ? QStringLiteral("ok      ") : QStringLiteral("MISMATCH"),
+                                    what));
+  if (!ok) ++mismatches_;
+}
+
+void Scenario::ExpectLogged(size_t mark, const QString& prefix) {
+  Expect(log_.CountSince(mark, base::log::kLevelInfo, prefix) == 1,
+         QStringLiteral("logged once at level 6: \"%1...\"").arg(prefix));
+}
+
+void Scenario::ExpectQtMessage(size_t mark, const QString& text) {
+  // The message hook writes "<type>(<file>:<line>) <message>"; file and line are "unknown:0"
+  // in builds without message context.
+  int found = 0;
+  for (const QString& record : log_.TextsSince(mark, base::log::kLevelWarning)) {
+    found += record.startsWith(QLatin1String("QWarningMsg(")) &&
+             record.endsWith(QLatin1String(") ") + text);
+  }
+  Expect(found == 1, QStringLiteral("Qt warning relayed once at level 4: \"%1\"").arg(text));
+}
+
+void Scenario::Shoot(QWidget* widget, const QString& name) {
+  const QString path =
+      QStringLiteral("%1/%2-%3.png").arg(out_dir_).arg(step_, 2, 10, QLatin1Char('0')).arg(name);
+  Expect(widget->grab().save(path), QStringLiteral("screenshot %1").arg(QDir::cleanPath(path)));
+}
+
+void Scenario::Step(const QString& name, const std::function<void()>& body) {
+  ++step_;
+  step_name_ = name;
+  Say(QStringLiteral("== step %1: %2 ==").arg(step_).arg(name));
+  const int before = mismatches_;
+  body();
+  QCoreApplication::processEvents();
+  Shoot(&window_, name);
+  if (mismatches_ != before) {
+    Say(QStringLiteral("!! step %1 (%2): %3 mismatch(es)")
+            .arg(step_)
+            .arg(name)
+            .arg(mismatches_ - before));
+  }
+}
+
+int Scenario::Run() {
+  QDir().mkpath(out_dir_);
+  Step(QStringLiteral("join"), [this] { Join(); });
+  Step(QStringLiteral("mute"), [this] { Mute(); });
+  Step(QStringLiteral("share"), [this] { Share(); });
+  Step(QStringLiteral("chat"), [this] { Chat(); });
+  Step(QStringLiteral("notice"), [this] { Notice(); });
+  Step(QStringLiteral("stop-share"), [this] { StopShare(); });
+  Step(QStringLiteral("move"), [this] { Move(); });
+  Step(QStringLiteral("minimise"), [this] { Minimise(); });
+  Step(QStringLiteral("screens"), [this] { Screens(); });
+  Step(QStringLiteral("leave"), [this] { Leave(); });
+  Say(mismatches_ == 0
+          ? QStringLiteral("scenario: %1 steps, every observation as expected").arg(step_)
+          : QStringLiteral("scenario: %1 steps, %2 mismatch(es)").arg(step_).arg(mismatches_));
+  return mismatches_;
+}
+
+void Scenario::Join() {
+  window_.Join(QStringLiteral("Weekly design review"), QStringLiteral("Ada Lovelace"),
+               {{QStringLiteral("grace"), QStringLiteral("Grace Hopper")},
+                {QStringLiteral("max"), kLongName},
+                {QStringLiteral("alan"), QStringLiteral("Alan Turing")}});
+  window_.show();
+  window_.activateWindow();
+  Expect(WaitUntil([this] { return window_.isActiveWindow(); }), "the window is active");
+
+  ParticipantList* list = window_.Participants();
+  const QList<ParticipantRow*> rows = list->Rows();
+  Expect(rows.size() == 4, QStringLiteral("%1 participant rows").arg(rows.size()));
+
+  // The list as assistive technology sees it: the rows' item widgets are its children.
+  QAccessibleInterface* iface = QAccessible::queryAccessibleInterface(list);
+  const int children = iface ? iface->childCount() : -1;
+  Say(QStringLiteral("  accessible list \"%1\" has %2 children")
+          .arg(iface ? iface->text(QAccessible::Name) : QString())
+          .arg(children));
+  bool rows_exposed = children == rows.size();
+  for (int i = 0; rows_exposed && i < children; ++i) {
+    QAccessibleInterface* child = iface->child(i);
+    rows_exposed = child && child->object() == rows.at(i);
+    if (child)
+      Say(QStringLiteral("    child %1: \"%2\"").arg(i).arg(child->text(QAccessible::Name)));
+  }
+  Expect(rows_exposed, "each accessible child of the list is its row's item widget");
+
+  // Names elided in place, to the label's width.
+  for (ParticipantRow* row : rows) {
+    ElidedNameLabel* label = row->NameLabel();
+    const bool fits =
+        QFontMetrics(label->font()).horizontalAdvance(label->text()) <= label->width();
+    const bool elided = label->text() != label->FullText();
+    Say(QStringLiteral("  name label %1 px: \"%2\"").arg(label->width()).arg(label->text()));
+    if (label->FullText() == kLongName) {
+      Expect(elided && label->text().endsWith(QChar(0x2026)) && fits,
+             "the long name is elided at its right end and fits its label");
+    } else {
+      Expect(!elided && fits, QStringLiteral("\"%1\" is shown whole").arg(label->FullText()));
+    }
+  }
+}
+
+void Scenario::Mute() {
+  size_t mark = log_.Mark();
+  Click(window_.Area()->Toolbar()->MuteButton());
+  Expect(window_.Muted(QStringLiteral("me")), "the local user is muted after the toolbar click");
+  ExpectLogged(mark, QStringLiteral("button Mute clicked"));
+  ExpectLogged(mark, QStringLiteral("Click Widget Stack toolbar_mute ,accessibleName:"));
+  Expect(window_.Area()->Toolbar()->MuteButton()->text() == QLatin1String("Unmute"),
+         "the toolbar offers Unmute");
+
+  mark = log_.Mark();
+  ParticipantRow* grace = window_.Participants()->Row(QStringLiteral("grace"));
+  Click(grace->MuteButton());
+  Expect(grace->Muted() && window_.Area()->Tile(QStringLiteral("grace"))->Muted(),
+         "Grace is muted from her row, in the list and on her tile");
+  ExpectLogged(mark, QStringLiteral("button Mute clicked"));
+}
+
+void Scenario::Share() {
+  const size_t mark = log_.Mark();
+  Click(window_.Area()->Toolbar()->ShareButton());
+  QWidget* banner = window_.Area()->ShareBanner();
+  Expect(window_.Sharing() && banner && banner->isVisible(),
+         "sharing started and its banner is shown");
+  ExpectLogged(mark, QStringLiteral("button Share clicked"));
+}
+
+void Scenario::Chat() {
+  const size_t mark = log_.Mark();
+  ChatPanel* chat = window_.Chat();
+  chat->AddImage(QStringLiteral("thumbs_up.png"),
+                 ParticipantList::InitialsPixmap(QStringLiteral("+ 1"), 18).toImage());
+  window_.ReceiveChat(QStringLiteral("Grace Hopper"),
+                      QStringLiteral("<b>Agenda</b> for today:<ul><li>budget review</li>"
+                                     "<li>road map</li></ul>"));
+  window_.ReceiveChat(
+      QStringLiteral("Alan Turing"),
+      QStringLiteral("<div><center><i>Slides</i> are up <img src=\"THUMBS_UP.png\"></center></div>"
+                     "<div>Notes: <img src=\"minutes.gif\"></div>"));
+  window_.ReceiveChat(QStringLiteral("Grace Hopper"),
+                      QStringLiteral("<html><head><title>draft</title></head><body>Thanks "
+                                     "<u>all</u>,<br>see you <strike>Monday</strike> Tuesday"
+                                     "</body></html>"));
+  QTextDocument* document = chat->Document();
+  for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
+    Say(QStringLiteral("  chat paragraph: \"%1\"")
+            .arg(block.text().replace(QChar::LineSeparator, QStringLiteral(" <br> "))));
+  }
+  Expect(chat->Messages() == 3, QStringLiteral("%1 messages in the panel").arg(chat->Messages()));
+  Expect(FormatOf(document, QStringLiteral("Agenda")).fontWeight() == QFont::Bold,
+         "\"Agenda\" is bold");
+  const QTextBlock budget = BlockWith(document, QStringLiteral("budget review"));
+  const QTextBlock road_map = BlockWith(document, QStringLiteral("road map"));
+  Expect(budget.textList() && budget.textList() == road_map.textList() &&
+             budget.textList()->count() == 2 &&
+             budget.textList()->format().style() == QTextListFormat::ListDisc,
+         "the two agenda items form one bullet list");
+  const QTextBlock slides = BlockWith(document, QStringLiteral("Slides are up"));
+  bool has_image = false;
+  for (auto it = slides.begin(); !it.atEnd(); ++it) {
+    const QTextCharFormat format = it.fragment().charFormat();
+    has_image |=
+        format.isImageFormat() && format.toImageFormat().name() == QLatin1String("thumbs_up.png");
+  }
+  Expect(slides.isValid() && slides.blockFormat().alignment() == Qt::AlignHCenter && has_image,
+         "the centred line carries the image, its source lower-cased by the parser");
+  Expect(FormatOf(document, QStringLiteral("Slides")).fontItalic(), "\"Slides\" is italic");
+  Expect(BlockWith(document, QStringLiteral("Notes:")).text() ==
+             QLatin1String("Notes: [image minutes.gif]"),
+         "an image the panel does not have is named in its place");
+  ExpectQtMessage(mark, QStringLiteral("chat: no image \"minutes.gif\""));
+  Expect(!document->toPlainText().contains(QStringLiteral("draft")),
+         "nothing of the message's <head> reached the panel");
+  Expect(FormatOf(document, QStringLiteral("all")).fontUnderline() &&
+             FormatOf(document, QStringLiteral("Monday")).fontStrikeOut() &&
+             !FormatOf(document, QStringLiteral("Tuesday")).fontStrikeOut(),
+         "underline and strike-out end with their closing tags");
+  Expect(BlockWith(document, QStringLiteral("Thanks"))
+             .text()
+             .endsWith(QStringLiteral("Thanks all,") + QChar(QChar::LineSeparator) +
+                       QStringLiteral("see you Monday Tuesday")),
+         "text runs are joined with single blanks and the <br> breaks the line");
+}
+
+void Scenario::Notice() {
+  NoticeBanner* notice = window_.Notice();
+  auto report = [this, notice] {
+    for (int i = 0; i < notice->Lines().size(); ++i) {
+      Say(QStringLiteral("  line %1 %2: \"%3\"")
+              .arg(i)
+              .arg(RectText(notice->LineRects().at(static_cast<size_t>(i))))
+              .arg(notice->Lines().at(i)));
+    }
+    // The first line starts after the marker with that much less room; the others start at
+    // the left of the text area, one line height and spacing apart.
+    bool fits = notice->LineRects().size() == static_cast<size_t>(notice->Lines().size());
+    const QFontMetrics fm(notice->font());
+    for (int i = 0; fits && i < notice->Lines().size(); ++i) {
+      const QRect& rect = notice->LineRects().at(static_cast<size_t>(i));
+      const int left = i == 0 ? NoticeBanner::FirstLineLeft() : NoticeBanner::LineLeft();
+      fits = rect.left() == left && rect.top() == NoticeBanner::LineTop(i, fm.height()) &&
+             left + fm.horizontalAdvance(notice->Lines().at(i)) <= notice->TextRight();
+    }
+    Expect(fits, QStringLiteral("each line starts where it should and its text ends by x %1")
+                     .arg(notice->TextRight()));
+  };
+  Say(QStringLiteral("  the join notice, %1 px wide:").arg(notice->width()));
+  report();
+  Expect(notice->Lines().size() == NoticeBanner::MaxLines() && notice->Elided() &&
+             notice->Lines().constLast().endsWith(QChar(0x2026)),
+         "the long join notice stops at the line limit, its last line elided");
+
+  window_.ShowNotice(QStringLiteral("Recording paused."));
+  QCoreApplication::processEvents();
+  report();
+  Expect(notice->Lines().size() == 1 && !notice->Elided() &&
+             notice->Lines().constFirst() == QLatin1String("Recording paused."),
+         "a short notice takes one line, whole");
+}
+
+void Scenario::StopShare() {
+  QPointer<QWidget> banner = window_.Area()->ShareBanner();
+  if (!banner) {
+    Expect(false, "a sharing banner to stop");
+    return;
+  }
+  const size_t mark = log_.Mark();
+  Click(banner->findChild<QPushButton*>(QStringLiteral("share_stop")));
+  ExpectLogged(mark, QStringLiteral("button Stop sharing clicked"));
+  // The capture source reports the end of sharing as well: a second request for the same
+  // banner before the event loop ran.
+  window_.StopShare();
+  const std::set<QObject*>* pending = CustomEventUtils::PendingDeleteListInstance();
+  Expect(banner && pending->count(banner.data()) == 1 && !banner->isVisible(),
+         "the banner is hidden and its deletion is pending, not done under the click");
+  Expect(WaitUntil([&] { return banner.isNull(); }), "the event loop deleted the banner");
+  const int destructions = window_.PanelDestructions().value(QStringLiteral("share_banner"));
+  Say(QStringLiteral("  share_banner destroyed %1 time(s)").arg(destructions));
+  Expect(destructions == 1, "asked twice, deleted once");
+  Expect(!window_.Sharing() && !window_.Area()->ShareBanner(), "sharing has ended");
+}
+
+void Scenario::Move() {
+  const QPoint before = window_.pos();
+  window_.move(before + QPoint(40, 30));
+  Expect(WaitUntil([&] { return window_.pos() == before + QPoint(40, 30); }),
+         QStringLiteral("the window moved from (%1, %2) to (%3, %4)")
+             .arg(before.x())
+             .arg(before.y())
+             .arg(window_.pos().x())
+             .arg(window_.pos().y()));
+}
+
+void Scenario::Minimise() {
+  window_.showMinimized();
+  Expect(WaitUntil([this] { return window_.isMinimized(); }), "the window is minimised");
+  window_.showNormal();
+  window_.activateWindow();
+  Expect(WaitUntil([this] { return !window_.isMinimized() && window_.isActiveWindow(); }),
+         "restored and active again");
+}
+
+void Scenario::Screens() {
+#ifdef MEETING_VIRTUAL_SCREENS
+  const int reports = window_.ScreenReports().size();
+  QScreen* primary = QGuiApplication::primaryScreen();
+  const QRect right(primary->geometry().right() + 1, 0, 1280, 800);
+  QScreen* added = test_support::AddVirtualScreen(right, 1.0, QStringLiteral("meeting-right"));
+  QCoreApplication::processEvents();
+  Say(QStringLiteral("  plugged in %1 at %2; header says \"%3\"")
+          .arg(added->name(), RectText(right), window_.ScreensLabel()->text()));
+  const QRect work_area = right.adjusted(0, 0, 0, -48);
+  test_support::SetVirtualScreenAvailableGeometry(added, work_area);
+  QCoreApplication::processEvents();
+  test_support::RemoveVirtualScreen(added);
+  QCoreApplication::processEvents();
+  const QList<ScreenReport> seen = window_.ScreenReports().mid(reports);
+  for (const ScreenReport& report : seen) {
+    Say(QStringLiteral("  observer: %1 %2 %3")
+            .arg(report.kind == ScreenReport::kListChanged      ? "screen list changed"
+                 : report.kind == ScreenReport::kPrimaryChanged ? "primary screen is"
+                                                                : "work area of")
+            .arg(report.screen,
+                 report.work_area.isNull() ? QString() : RectText(report.work_area)));
+  }
+  Expect(seen.size() == 3 && seen.at(0).kind == ScreenReport::kListChanged &&
+             seen.at(1).kind == ScreenReport::kWorkAreaChanged &&
+             seen.at(1).screen == QLatin1String("meeting-right") &&
+             seen.at(1).work_area == work_area && seen.at(2).kind == ScreenReport::kListChanged,
+         "the observer reported the new screen, its work area, and its removal");
+  Expect(window_.ScreensLabel()->text() ==
+             MeetingWindow::tr("%n screen(s)", nullptr, QGuiApplication::screens().size()),
+         QStringLiteral("the header follows: \"%1\"").arg(window_.ScreensLabel()->text()));
+#else
+  Say("  (built without the virtual screens of the test support: nothing to plug in)");
+#endif
+}
+
+void Scenario::Leave() {
+  bool asked = false;
+  QObject context;
+  QObject::connect(&window_, &MeetingWindow::LeaveRequested, &context, [&asked] { asked = true; });
+  const size_t mark = log_.Mark();
+  Click(window_.Area()->Toolbar()->LeaveButton());
+  ExpectLogged(mark, QStringLiteral("button Leave clicked"));
+  Expect(asked, "the window was asked to leave the meeting");
+}
+
+}  // namespace meeting

@@ -1,0 +1,84 @@
+#pragma once
+
+// The scripted scenario of `qt_util_meeting --script`: drives the meeting window through a
+// fixed sequence of steps, prints what the library reported at each one, saves a screenshot per
+// step and counts every observation that differs from the expected one.
+
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <vector>
+
+#include "base/common/include/logger.h"
+#include "base/log/log.h"
+
+class QPoint;
+class QWidget;
+
+namespace meeting {
+
+class MeetingWindow;
+
+/// Collects the library's log records (and prints each one) while it lives.
+class LogRecorder {
+ public:
+  explicit LogRecorder(int level);
+  ~LogRecorder();
+  LogRecorder(const LogRecorder&) = delete;
+  LogRecorder& operator=(const LogRecorder&) = delete;
+
+  /// Position to ask from: records written from now on.
+  size_t Mark() const { return records_.size(); }
+  /// Records since `mark` with this level whose text starts with `prefix`.
+  int CountSince(size_t mark, int level, const QString& prefix) const;
+  /// Texts of the records since `mark` with this level.
+  QStringList TextsSince(size_t mark, int level) const;
+
+ private:
+  int previous_level_;
+  base::log::LogSink previous_sink_;
+  std::vector<base::log::LogRecord> records_;
+};
+
+class Scenario {
+ public:
+  Scenario(MeetingWindow& window, const QString& out_dir, LogRecorder& log);
+
+  /// Runs every step; returns the number of mismatches.
+  int Run();
+
+ private:
+  void Step(const QString& name, const std::function<void()>& body);
+  void Expect(bool ok, const QString& what);
+  void ExpectLogged(size_t mark, const QString& prefix);
+  void ExpectQtMessage(size_t mark, const QString& text);
+  void Say(const QString& text) const;
+  void Shoot(QWidget* widget, const QString& name);
+
+  void Join();
+  void Mute();
+  void Share();
+  void Chat();
+  void Notice();
+  void StopShare();
+  void Move();
+  void Minimise();
+  void Screens();
+  void Leave();
+
+  MeetingWindow& window_;
+  QString out_dir_;
+  LogRecorder& log_;
+  int step_ = 0;
+  QString step_name_;
+  int mismatches_ = 0;
+};
+
+/// Processes events until `done` answers true or `timeout_ms` have passed; returns `done()`.
+bool WaitUntil(const std::function<bool()>& done, int timeout_ms = 2000);
+
+/// A left click as the window system delivers it: press and release at `pos` of `widget`.
+void Click(QWidget* widget, const QPoint& pos);
+void Click(QWidget* widget);
+
+}  // namespace meeting
