@@ -1,5 +1,6 @@
 #include "support/virtual_screen.h"
 
+#include <private/qguiapplication_p.h>
 #include <qpa/qplatformscreen.h>
 #include <qpa/qwindowsysteminterface.h>
 
@@ -127,6 +128,14 @@ void SetPrimaryVirtualScreen(QScreen* screen) {
   VirtualPlatformScreen* platform_screen = FindOrWarn(screen, "SetPrimaryVirtualScreen");
   if (!platform_screen) return;
   QWindowSystemInterface::handlePrimaryScreenChanged(platform_screen);
+}
+
+ScopedNoScreens::ScopedNoScreens() {
+  hidden_.swap(QGuiApplicationPrivate::screen_list);
+}
+
+ScopedNoScreens::~ScopedNoScreens() {
+  hidden_.swap(QGuiApplicationPrivate::screen_list);
 }
 
 }  // namespace test_support

@@ -28,6 +28,7 @@
 // Requires a QGuiApplication (any platform, offscreen included). Every function ignores a null
 // screen; the setters ignore screens that were not added here (they log a warning).
 
+#include <QList>
 #include <QRect>
 #include <QString>
 
@@ -52,5 +53,20 @@ void SetVirtualScreenAvailableGeometry(QScreen* screen, const QRect& availableGe
 /// Makes a virtual screen the primary one (first in QGuiApplication::screens());
 /// primaryScreenChanged is emitted when it was not primary already.
 void SetPrimaryVirtualScreen(QScreen* screen);
+
+/// While it lives, QGuiApplication::screens() is empty and primaryScreen() is null, as in an
+/// application that has lost every screen; the screens come back, in their order, when it goes.
+/// Only the list is hidden: the screens stay alive and nothing is announced, so create no
+/// windows and process no events meanwhile.
+class ScopedNoScreens {
+ public:
+  ScopedNoScreens();
+  ~ScopedNoScreens();
+  ScopedNoScreens(const ScopedNoScreens&) = delete;
+  ScopedNoScreens& operator=(const ScopedNoScreens&) = delete;
+
+ private:
+  QList<QScreen*> hidden_;
+};
 
 }  // namespace test_support

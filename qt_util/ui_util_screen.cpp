@@ -1,0 +1,203 @@
+// Screen geometry of VxQtUiUtil: which screen a widget or point is on, where pop-ups may go,
+// and points and windows in device pixels.
+#include <QApplication>
+#include <QCursor>
+#include <QDesktopWidget>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWidget>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "qt_util/ui_util.h"
+#include "ui/dpi_helper.h"
+#include "ui/ui_helper.h"
+
+namespace VxQtUiUtil {
+namespace {
+
+// A device-pixel coordinate truncated toward zero. Absurd ratios could take it past the int
+// range, where a plain cast is undefined; those clamp to the range's ends instead.
+int TruncateToInt(double value) {
+  if (!(value == value)) return 0;  // NaN from a broken platform ratio
+  if (value >= static_cast<double>(std::numeric_limits<int>::max())) {
+    return std::numeric_limits<int>::max();
+  }
+  if (value <= static_cast<double>(std::numeric_limits<int>::min())) {
+    return std::numeric_limits<int>::min();
+  }
+  return static_cast<int>(value);
+}
+
+enum class Axes { kBoth, kVertical, kHorizontal };
+
+// The shared rule of the three centring functions: the target's global origin plus half the
+// size difference (truncating), mapped into the widget's parent, moving only along `axes`.
+void CenterOver(QWidget* widget, QWidget* target, Axes axes) {
+  if (!widget || !target) return;
+  const QPoint origin = target->mapToGlobal(QPoint(0, 0));
+  const int x = origin.x() + (target->width() - widget->width()) / 2;
+  const int y = origin.y() + (target->height() - widget->height()) / 2;
+  QPoint point(axes == Axes::kVertical ? 0 : x, axes == Axes::kHorizontal ? 0 : y);
+  if (QWidget* parent = widget->parentWidget()) point = parent->mapFromGlobal(point);
+  switch (axes) {
+    case Axes::kBoth:
+      widget->move(point);
+      break;
+    case Axes::kVertical:
+      widget->move(widget->x(), point.y());
+      break;
+    case Axes::kHorizontal:
+      widget->move(point.x(), widget->y());
+      break;
+  }
+}
+
+}  // namespace
+
+QScreen* GetScreen(QWidget* widget) {
+  const auto screens = QGuiApplication::screens();
+  // Without screens there is nothing to find, and creating the desktop widget would fail.
+  if (screens.isEmpty()) return nullptr;
+  QScreen* screen = nullptr;
+  // The desktop widget exists only in a widget application; without one the primary screen is
+  // all there is to ask.
+  if (qobject_cast<QApplication*>(QCoreApplication::instance())) {
+    const int number = QApplication::desktop()->screenNumber(widget);
+    if (number >= 0) screen = screens.value(number);
+  }
+  if (!screen) screen = QGuiApplication::primaryScreen();
+  return screen;
+}
+
+QRect GetScreenRect(QWidget* widget) {
+  const QScreen* screen = GetScreen(widget);
+  return screen ? screen->geometry() : QRect();
+}
+
+QRect GetScreenAvailableRect(QWidget* widget) {
+  const QScreen* screen = GetScreen(widget);
+  return screen ? screen->availableGeometry() : QRect();
+}
+
+QRect GetWorkingScreenRect(QWidget* widget) {
+  return GetScreenAvailableRect(widget);
+}
+
+QRect GetWidgetFitScreenRect(QWidget* widget) {
+  QRect rect = GetScreenAvailableRect(widget);
+  rect.setHeight(rect.height() - 40);
+  return rect;
+}
+
+QRect CorrectRect(const QRect& rect, QMargins margins) {
+  if (margins.isNull()) return rect;
+  // The screen under the cursor, not the one under the rect: a pop-up opened from a click
+  // belongs where the user is looking, even when its requested rect lies elsewhere.
+  const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+  if (!screen) screen = QGuiApplication::primaryScreen();
+  if (!screen) return rect;
+  const QRect area = screen->availableGeometry();
+  QRect moved = rect;
+  // Left and top go last so that they win for a rect larger than the area.
+  if (moved.right() > area.right() - margins.right()) {
+    moved.moveRight(area.right() - margins.right());
+  }
+  if (moved.bottom() > area.bottom() - margins.bottom()) {
+    moved.moveBottom(area.bottom() - margins.bottom());
+  }
+  if (moved.left() < area.left() + margins.left()) moved.moveLeft(area.left() + margins.left());
+  if (moved.top() < area.top() + margins.top()) moved.moveTop(area.top() + margins.top());
+  return moved;
+}
+
+QRect CenterRect(const QRect& rect, QSize size, QMargins margins) {
+  QRect centred(QPoint(0, 0), size);
+  centred.moveCenter(rect.center());
+  return CorrectRect(centred, margins);
+}
+
+void CenterWidgetToRect(QWidget* widget, const QRect& rect) {
+  if (!widget) return;
+  QRect frame(0, 0, widget->width(), widget->height());
+  frame.moveCenter(rect.center());
+  widget->move(frame.topLeft());
+}
+
+void CenterToWidget(QWidget* widget, QWidget* target) {
+  CenterOver(widget, target, Axes::kBoth);
+}
+
+void VerticalCenterToWidget(QWidget* widget, QWidget* target) {
+  CenterOver(widget, target, Axes::kVertical);
+}
+
+void HorizontalCenterToWidget(QWidget* widget, QWidget* target) {
+  CenterOver(widget, target, Axes::kHorizontal);
+}
+
+QScreen* GetPointNearestScreen(const QPoint& point) {
+  if (QScreen* holder = QGuiApplication::screenAt(point)) return holder;
+  QScreen* best = nullptr;
+  // Squares are taken in 64 bits: for points near the end of the int range the 32-bit square
+  // would overflow, and for every other point the two agree.
+  int64_t best_distance = -1;
+  const auto screens = QGuiApplication::screens();
+  for (QScreen* screen : screens) {
+    if (!screen) continue;
+    const QRect g = screen->geometry();
+    // Integer halves, not QRect::center(), which is one pixel less on even sizes.
+    const int64_t cx = int64_t{g.left()} + g.width() / 2;
+    const int64_t cy = int64_t{g.top()} + g.height() / 2;
+    const int64_t dx = point.x() - cx;
+    const int64_t dy = point.y() - cy;
+    const int64_t distance = dx * dx + dy * dy;
+    if (best_distance == -1 || distance < best_distance) {
+      best = screen;
+      best_distance = distance;
+    }
+  }
+  return best;
+}
+
+QPoint TranslatePointFromQt(const QPoint& point) {
+  const auto screens = QGuiApplication::screens();
+  for (const QScreen* screen : screens) {
+    if (!screen) continue;
+    const QRect g = screen->geometry();
+    if (!g.contains(point, false)) continue;
+    const double ratio = screen->devicePixelRatio();
+    // The origin stays unscaled: native coordinates put each screen where its logical
+    // geometry has it and stretch only the offset inside it.
+    return QPoint(TruncateToInt(g.left() + (point.x() - g.left()) * ratio),
+                  TruncateToInt(g.top() + (point.y() - g.top()) * ratio));
+  }
+  return QPoint(0, 0);
+}
+
+QPoint QPointFromNative(const QPoint& point) {
+  return UIHelper::QPointFromNative(point);
+}
+
+QRect GetWindowPixelRect(QWidget* widget) {
+  if (!widget || !widget->isWindow()) return QRect();
+  const QScreen* screen = widget->screen();
+  if (!screen) screen = QGuiApplication::primaryScreen();
+  if (!screen) return QRect();
+  const qreal ratio = screen->devicePixelRatio();
+  const QRect g = widget->geometry();
+  // Unlike TranslatePointFromQt, the whole position is scaled and rounded: this is the window
+  // as a pixel buffer, not a point on the native desktop.
+  return QRect(g.topLeft() * ratio, g.size() * ratio);
+}
+
+float GetDPIScale() {
+  return DPIHelper::GetStartUpDPI();
+}
+
+float GetWidgetScreenDPI(QWidget* widget) {
+  return widget ? DPIHelper::GetWidgetScreenDPI(widget) : DPIHelper::GetStartUpDPI();
+}
+
+}  // namespace VxQtUiUtil
