@@ -14,6 +14,7 @@
 #include "qt_util/custom_event_util.h"
 #include "qt_util/event_handler/event_hooker.h"
 #include "qt_util/qt_log_hooker.h"
+#include "qt_util/ui_util.h"
 #include "scenario.h"
 
 namespace {
@@ -24,6 +25,7 @@ void StartLibrary() {
   EventHooker::InitGlobalEventHooker();
   qInstallMessageHandler(&QtLogHooker::HandleGlobalMessage);
   QAccessible::installFactory(QTAccessibleUtils::ListWidgetAccessibleFactory);
+  VxQtUiUtil::InitUIUtil();
 }
 
 void JoinDemoMeeting(meeting::MeetingWindow& window) {

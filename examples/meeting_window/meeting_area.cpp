@@ -8,6 +8,8 @@
 #include <QPushButton>
 
 #include "qt_util/custom_event_util.h"
+#include "qt_util/paint_rect_helper.h"
+#include "qt_util/qt_ui_monitor_helper.h"
 
 namespace meeting {
 
@@ -18,12 +20,22 @@ constexpr int kToolbarMargin = 12;
 }  // namespace
 
 VideoTile::VideoTile(const QString& id, const QString& name, QWidget* parent)
-    : QWidget(parent), id_(id), name_(name) {
+    : QWidget(parent),
+      paint_rect_helper_(std::make_unique<QTPaintRectHelper>()),
+      id_(id),
+      name_(name) {
   setObjectName(QStringLiteral("tile_%1").arg(id));
   setAccessibleName(tr("Video of %1").arg(name));
   setMinimumSize(160, 100);
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+  // The default rules: hidden with any ancestor, with the window minimised or hidden, and
+  // while the window is inactive (no native point is inside a window on Linux).
+  paint_rect_helper_->BindWidget(this, [this](QWidget*, bool visible, QRect global_rect) {
+    SetPaintState(visible, global_rect);
+  });
 }
+
+VideoTile::~VideoTile() = default;
 
 void VideoTile::SetMuted(bool muted) {
   muted_ = muted;
@@ -104,6 +116,7 @@ MeetingToolbar::MeetingToolbar(QWidget* parent)
     button->setMinimumWidth(width + 24);
     layout->addWidget(button);
   }
+  QTUIMonitorHelper::SharedInstance()->AddMonitorRectWidget(this);
 }
 
 void MeetingToolbar::SetMuted(bool muted) {
@@ -155,6 +168,7 @@ QWidget* MeetingArea::ShowShareBanner() {
   stop->setObjectName(QStringLiteral("share_stop"));
   layout->addWidget(stop);
   connect(stop, &QPushButton::clicked, this, &MeetingArea::StopShareRequested);
+  QTUIMonitorHelper::SharedInstance()->AddMonitorRectWidget(banner);
   share_banner_ = banner;
   PlaceOverlays();
   banner->show();
@@ -162,8 +176,18 @@ QWidget* MeetingArea::ShowShareBanner() {
   return banner;
 }
 
-bool MeetingArea::HandleSurfaceClick(VideoTile* tile, const QPoint&) {
-  for (VideoTile* other : tiles_) other->SetSpotlight(other == tile && !tile->Spotlight());
+bool MeetingArea::HandleSurfaceClick(VideoTile* tile, const QPoint& window_point) {
+  if (QTUIMonitorHelper::SharedInstance()->IsInUIRectInMeeting(window_point)) {
+    ++clicks_left_to_panels_;
+    return false;
+  }
+  const bool spotlight = !tile->Spotlight();
+  for (VideoTile* other : tiles_) {
+    other->SetSpotlight(spotlight && other == tile);
+    other->setVisible(!spotlight || other == tile);
+  }
+  // Lay the grid out now: the spotlight tile takes the room of the hidden ones at once.
+  grid_->activate();
   ++clicks_acted_on_;
   return true;
 }

@@ -7,22 +7,27 @@
 #include <QPointer>
 #include <QRect>
 #include <QWidget>
+#include <memory>
 
 class QGridLayout;
+class QTPaintRectHelper;
 class QHBoxLayout;
 class QLabel;
 class QPushButton;
 
 namespace meeting {
 
-/// One participant's video. A real client renders video into a native surface under the tile;
-/// here the tile paints a placeholder, and the coloured frame that marks where the renderer may
-/// draw appears only while the tile is reported visible.
+/// One participant's video. A real client renders video into a native surface under the tile
+/// and must know where the tile is on screen and whether it may paint at all: a paint-rect
+/// helper bound to the tile tells it. Here the tile paints a placeholder, and the coloured frame
+/// that marks where the renderer may draw appears only while the helper says visible.
 class VideoTile : public QWidget {
   Q_OBJECT
 
  public:
-  VideoTile(const QString& id, const QString& name, QWidget* parent = nullptr);
+  /// `parent` is required: the helper maps the tile to the screen through it.
+  VideoTile(const QString& id, const QString& name, QWidget* parent);
+  ~VideoTile() override;
 
   QString Id() const { return id_; }
   QString Name() const { return name_; }
@@ -32,8 +37,7 @@ class VideoTile : public QWidget {
   bool Spotlight() const { return spotlight_; }
   void SetFrameColor(const QColor& color);
 
-  /// What the renderer was last told: may it paint, and where (global coordinates).
-  void SetPaintState(bool visible, const QRect& global_rect);
+  /// What the helper last reported: may the renderer paint, and where (global coordinates).
   bool PaintVisible() const { return paint_visible_; }
   QRect PaintRect() const { return paint_rect_; }
   /// How many times the renderer was told something.
@@ -49,6 +53,10 @@ class VideoTile : public QWidget {
   void mousePressEvent(QMouseEvent* event) override;
 
  private:
+  void SetPaintState(bool visible, const QRect& global_rect);
+
+  // Destroyed before the QWidget part, so that it never reports about a dying tile.
+  std::unique_ptr<QTPaintRectHelper> paint_rect_helper_;
   QString id_;
   QString name_;
   QColor frame_color_{QColor(46, 160, 67)};
@@ -98,7 +106,9 @@ class MeetingArea : public QWidget {
   /// sharing).
   QWidget* ShareBanner() const { return share_banner_; }
 
-  /// Handles a click that a video surface reported; returns whether a tile acted on it.
+  /// Handles a click that a video surface reported: a click on a Qt panel registered over the
+  /// meeting area is left to that panel; any other click toggles the tile's spotlight (the
+  /// other tiles are hidden while one has it). Returns whether the tile acted on it.
   bool HandleSurfaceClick(VideoTile* tile, const QPoint& window_point);
   /// Clicks left to the Qt panels over the area, and clicks that a tile acted on.
   int ClicksLeftToPanels() const { return clicks_left_to_panels_; }

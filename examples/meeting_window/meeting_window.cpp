@@ -1,5 +1,8 @@
 #include "meeting_window.h"
 
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -13,6 +16,7 @@
 #include "participant_list.h"
 #include "qt_util/custom_event_util.h"
 #include "qt_util/event_handler/screen_observer.h"
+#include "qt_util/ui_util.h"
 
 namespace meeting {
 
@@ -73,6 +77,8 @@ MeetingWindow::MeetingWindow(QWidget* parent)
   connect(area_, &MeetingArea::StopShareRequested, this, &MeetingWindow::StopShare);
   connect(area_->Toolbar()->LeaveButton(), &QPushButton::clicked, this,
           &MeetingWindow::LeaveRequested);
+  connect(area_->Toolbar()->InfoButton(), &QPushButton::clicked, this,
+          &MeetingWindow::OpenInfoDialog);
 
   connect(screen_observer_, &QtScreenObserver::OnScreenListChanged, this, [this] {
     screen_reports_.append({ScreenReport::kListChanged, QString(), QRect()});
@@ -91,7 +97,11 @@ MeetingWindow::MeetingWindow(QWidget* parent)
   UpdateScreensLabel();
 }
 
-MeetingWindow::~MeetingWindow() = default;
+MeetingWindow::~MeetingWindow() {
+  // Top-level panels have no parent to take them along.
+  delete info_dialog_;
+  delete mini_window_;
+}
 
 void MeetingWindow::Join(const QString& title, const QString& my_name,
                          const QList<QPair<QString, QString>>& others) {
@@ -145,6 +155,82 @@ void MeetingWindow::ReceiveChat(const QString& sender, const QString& html) {
 
 void MeetingWindow::ShowNotice(const QString& text) {
   notice_->SetText(text);
+}
+
+QDialog* MeetingWindow::OpenInfoDialog() {
+  if (info_dialog_ && info_dialog_->isVisible()) return info_dialog_;
+  // No parent widget: CenterToWidget maps its result into the coordinates of the widget's
+  // parent, which for a top-level dialog would be the wrong ones.
+  auto* dialog = new QDialog;
+  dialog->setObjectName(QStringLiteral("info_dialog"));
+  dialog->setWindowTitle(tr("Meeting information"));
+  dialog->setWindowModality(Qt::ApplicationModal);
+  auto* layout = new QVBoxLayout(dialog);
+  auto* text = new QLabel(tr("<b>%1</b><br>%n participant(s)<br>Meeting ID 884 2210 731", nullptr,
+                             static_cast<int>(participants_->Rows().size()))
+                              .arg(title_->text().toHtmlEscaped()),
+                          dialog);
+  layout->addWidget(text);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
+  buttons->button(QDialogButtonBox::Close)->setObjectName(QStringLiteral("info_close"));
+  layout->addWidget(buttons);
+  connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+  connect(dialog, &QDialog::finished, this, [this, dialog] {
+    CustomEventUtils::DeleteObjectLater(dialog);
+    CustomEventUtils::ActivateWidgetLater(this);
+  });
+  dialog->adjustSize();
+  VxQtUiUtil::CenterToWidget(dialog, this);
+  info_dialog_centred_at_ = dialog->pos();
+  // move() places the frame, so the frame is what must stay on screen.
+  dialog->move(VxQtUiUtil::CorrectRect(dialog->frameGeometry(), PopupMargins()).topLeft());
+  TrackPanel(dialog);
+  info_dialog_ = dialog;
+  dialog->open();
+  return dialog;
+}
+
+void MeetingWindow::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() != QEvent::WindowStateChange) return;
+  if (isMinimized()) {
+    ShowMiniWindow();
+  } else {
+    CloseMiniWindow();
+  }
+}
+
+void MeetingWindow::ShowMiniWindow() {
+  if (mini_window_ || participants_->Rows().isEmpty()) return;
+  auto* mini = new QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint);
+  mini->setObjectName(QStringLiteral("mini_window"));
+  mini->setAttribute(Qt::WA_StyledBackground);
+  mini->setAutoFillBackground(true);
+  auto* layout = new QHBoxLayout(mini);
+  layout->addWidget(new QLabel(title_->text(), mini), 1);
+  auto* back = new QPushButton(tr("Back to meeting"), mini);
+  back->setObjectName(QStringLiteral("mini_back"));
+  layout->addWidget(back);
+  connect(back, &QPushButton::clicked, this, [this] {
+    showNormal();
+    activateWindow();
+  });
+  mini->adjustSize();
+  // The bottom-right corner of this window's work area, kept on the screen under the cursor.
+  const QRect area = VxQtUiUtil::GetScreenAvailableRect(this);
+  QRect place(QPoint(0, 0), mini->size());
+  place.moveBottomRight(area.bottomRight());
+  mini->move(VxQtUiUtil::CorrectRect(place, PopupMargins()).topLeft());
+  TrackPanel(mini);
+  mini_window_ = mini;
+  VxQtUiUtil::SetupTopMost(mini, true, true);
+}
+
+void MeetingWindow::CloseMiniWindow() {
+  if (!mini_window_) return;
+  mini_window_->hide();
+  CustomEventUtils::DeleteObjectLater(mini_window_);
+  mini_window_ = nullptr;
 }
 
 void MeetingWindow::TrackPanel(QObject* panel) {

@@ -3,7 +3,9 @@
 // The meeting window: participants on the left, the meeting area in the middle, chat and a
 // notice on the right, a header with the meeting's title and the screens it knows of.
 
+#include <QDialog>
 #include <QHash>
+#include <QMargins>
 #include <QPointer>
 #include <QRect>
 #include <QStringList>
@@ -48,6 +50,18 @@ class MeetingWindow : public QWidget {
   void ReceiveChat(const QString& sender, const QString& html);
   void ShowNotice(const QString& text);
 
+  /// Opens the meeting-information dialog, centred over the window and kept on the screen
+  /// under the cursor; closing it deletes it from the event loop and activates the window again.
+  QDialog* OpenInfoDialog();
+  QDialog* InfoDialog() const { return info_dialog_; }
+  /// Where the dialog was centred before it was kept on screen (global coordinates).
+  QPoint InfoDialogCentredAt() const { return info_dialog_centred_at_; }
+  /// Margins kept between pop-ups and the edges of the screen's work area.
+  static QMargins PopupMargins() { return QMargins(16, 16, 16, 16); }
+
+  /// The pinned mini window shown while the meeting window is minimised, or null.
+  QWidget* MiniWindow() const { return mini_window_; }
+
   ParticipantList* Participants() const { return participants_; }
   MeetingArea* Area() const { return area_; }
   ChatPanel* Chat() const { return chat_; }
@@ -61,7 +75,12 @@ class MeetingWindow : public QWidget {
  signals:
   void LeaveRequested();
 
+ protected:
+  void changeEvent(QEvent* event) override;
+
  private:
+  void ShowMiniWindow();
+  void CloseMiniWindow();
   void TrackPanel(QObject* panel);
   void UpdateScreensLabel();
 
@@ -75,6 +94,9 @@ class MeetingWindow : public QWidget {
   QList<ScreenReport> screen_reports_;
   QHash<QString, int> panel_destructions_;
   bool sharing_ = false;
+  QPointer<QDialog> info_dialog_;
+  QPoint info_dialog_centred_at_;
+  QPointer<QWidget> mini_window_;
 };
 
 }  // namespace meeting

@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QCursor>
+#include <QDialog>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFontMetrics>
@@ -23,6 +24,8 @@
 #include "notice_banner.h"
 #include "participant_list.h"
 #include "qt_util/custom_event_util.h"
+#include "qt_util/qt_ui_monitor_helper.h"
+#include "qt_util/ui_util.h"
 #ifdef MEETING_VIRTUAL_SCREENS
 #include "support/virtual_screen.h"
 #endif
@@ -149,6 +152,39 @@ void Scenario::ExpectQtMessage(size_t mark, const QString& text) {
   Expect(found == 1, QStringLiteral("Qt warning relayed once at level 4: \"%1\"").arg(text));
 }
 
+void Scenario::CheckTiles(int visible) {
+  const QList<VideoTile*> tiles = window_.Area()->Tiles();
+  // What the helper should say: a tile may be painted while it and its ancestors are shown and
+  // its window is neither minimised nor inactive (on Linux no native point is inside a window,
+  // so an inactive window hides its tiles), at the tile's place on the screen.
+  auto expected_visible = [this](const VideoTile* tile) {
+    return tile->isVisible() && !window_.isMinimized() && window_.isActiveWindow();
+  };
+  auto agrees = [&](const VideoTile* tile) {
+    if (tile->PaintVisible() != expected_visible(tile)) return false;
+    return !tile->PaintVisible() ||
+           tile->PaintRect() == QRect(tile->mapToGlobal(QPoint(0, 0)), tile->size());
+  };
+  WaitUntil([&] {
+    for (const VideoTile* tile : tiles) {
+      if (!agrees(tile)) return false;
+    }
+    return true;
+  });
+  int reported_visible = 0;
+  for (const VideoTile* tile : tiles) {
+    reported_visible += tile->PaintVisible();
+    Expect(agrees(tile),
+           QStringLiteral("tile %1 reported %2 at %3 (%4 report(s) so far)")
+               .arg(tile->Id(),
+                    tile->PaintVisible() ? QStringLiteral("visible") : QStringLiteral("hidden"),
+                    RectText(tile->PaintRect()))
+               .arg(tile->PaintReports()));
+  }
+  Expect(reported_visible == visible,
+         QStringLiteral("%1 of %2 tiles may paint").arg(reported_visible).arg(tiles.size()));
+}
+
 void Scenario::Shoot(QWidget* widget, const QString& name) {
   const QString path =
       QStringLiteral("%1/%2-%3.png").arg(out_dir_).arg(step_, 2, 10, QLatin1Char('0')).arg(name);
@@ -172,15 +208,22 @@ void Scenario::Step(const QString& name, const std::function<void()>& body) {
 }
 
 int Scenario::Run() {
-  QDir().mkpath(out_dir_);
+  QDir out(out_dir_);
+  out.mkpath(QStringLiteral("."));
+  // Screenshots of an earlier run would pass for this run's.
+  for (const QString& old : out.entryList({QStringLiteral("[0-9][0-9]-*.png")}, QDir::Files)) {
+    out.remove(old);
+  }
   Step(QStringLiteral("join"), [this] { Join(); });
   Step(QStringLiteral("mute"), [this] { Mute(); });
   Step(QStringLiteral("share"), [this] { Share(); });
   Step(QStringLiteral("chat"), [this] { Chat(); });
   Step(QStringLiteral("notice"), [this] { Notice(); });
   Step(QStringLiteral("stop-share"), [this] { StopShare(); });
+  Step(QStringLiteral("tile-clicks"), [this] { TileClicks(); });
   Step(QStringLiteral("move"), [this] { Move(); });
   Step(QStringLiteral("minimise"), [this] { Minimise(); });
+  Step(QStringLiteral("dialog"), [this] { Dialog(); });
   Step(QStringLiteral("screens"), [this] { Screens(); });
   Step(QStringLiteral("leave"), [this] { Leave(); });
   Say(mismatches_ == 0
@@ -197,6 +240,7 @@ void Scenario::Join() {
   window_.show();
   window_.activateWindow();
   Expect(WaitUntil([this] { return window_.isActiveWindow(); }), "the window is active");
+  CheckTiles(4);
 
   ParticipantList* list = window_.Participants();
   const QList<ParticipantRow*> rows = list->Rows();
@@ -374,24 +418,134 @@ void Scenario::StopShare() {
   Expect(!window_.Sharing() && !window_.Area()->ShareBanner(), "sharing has ended");
 }
 
+void Scenario::TileClicks() {
+  MeetingArea* area = window_.Area();
+  QWidget* toolbar = area->Toolbar();
+  QTUIMonitorHelper* monitor = QTUIMonitorHelper::SharedInstance();
+  // The toolbar in window coordinates; its last column and row still belong to it.
+  const QRect bar(toolbar->mapTo(&window_, QPoint(0, 0)), toolbar->size());
+  const bool corners = monitor->IsInUIRectInMeeting(bar.topLeft()) &&
+                       monitor->IsInUIRectInMeeting(bar.bottomRight()) &&
+                       !monitor->IsInUIRectInMeeting(bar.bottomRight() + QPoint(1, 0)) &&
+                       !monitor->IsInUIRectInMeeting(bar.topLeft() - QPoint(0, 1));
+  Say(QStringLiteral("  toolbar at %1 in the window").arg(RectText(bar)));
+  Expect(corners, "the hit test covers the toolbar, edges included, and nothing beside it");
+
+  // A click that the video surface under the toolbar receives belongs to the toolbar.
+  const QPoint on_bar(bar.left() + 10, bar.center().y());
+  VideoTile* under_bar = nullptr;
+  for (VideoTile* tile : area->Tiles()) {
+    const QRect tile_rect(tile->mapTo(&window_, QPoint(0, 0)), tile->size());
+    if (tile_rect.contains(on_bar)) under_bar = tile;
+  }
+  if (!under_bar) {
+    Expect(false, "a tile under the toolbar");
+    return;
+  }
+  const int left_before = area->ClicksLeftToPanels();
+  Click(under_bar, under_bar->mapFrom(&window_, on_bar));
+  Expect(area->ClicksLeftToPanels() == left_before + 1 && !under_bar->Spotlight(),
+         QStringLiteral("a click on tile %1 under the toolbar is left to the toolbar")
+             .arg(under_bar->Id()));
+
+  VideoTile* grace = area->Tile(QStringLiteral("grace"));
+  const int acted_before = area->ClicksActedOn();
+  Click(grace);
+  Expect(area->ClicksActedOn() == acted_before + 1 && grace->Spotlight(),
+         "a click in the open puts Grace's tile in the spotlight");
+  CheckTiles(1);
+  Shoot(&window_, QStringLiteral("spotlight"));
+  Click(grace);
+  Expect(!grace->Spotlight(), "a second click ends the spotlight");
+  CheckTiles(4);
+}
+
 void Scenario::Move() {
-  const QPoint before = window_.pos();
-  window_.move(before + QPoint(40, 30));
-  Expect(WaitUntil([&] { return window_.pos() == before + QPoint(40, 30); }),
+  std::vector<QRect> before;
+  for (const VideoTile* tile : window_.Area()->Tiles()) before.push_back(tile->PaintRect());
+  const QPoint from = window_.pos();
+  window_.move(from + QPoint(40, 30));
+  Expect(WaitUntil([&] { return window_.pos() == from + QPoint(40, 30); }),
          QStringLiteral("the window moved from (%1, %2) to (%3, %4)")
-             .arg(before.x())
-             .arg(before.y())
+             .arg(from.x())
+             .arg(from.y())
              .arg(window_.pos().x())
              .arg(window_.pos().y()));
+  CheckTiles(4);
+  bool moved = true;
+  for (int i = 0; i < window_.Area()->Tiles().size(); ++i) {
+    moved &= window_.Area()->Tiles().at(i)->PaintRect() ==
+             before[static_cast<size_t>(i)].translated(40, 30);
+  }
+  Expect(moved, "every tile's reported rectangle moved with the window");
 }
 
 void Scenario::Minimise() {
   window_.showMinimized();
   Expect(WaitUntil([this] { return window_.isMinimized(); }), "the window is minimised");
-  window_.showNormal();
-  window_.activateWindow();
+  CheckTiles(0);
+  QPointer<QWidget> mini = window_.MiniWindow();
+  Expect(mini && mini->isVisible() && mini->windowFlags().testFlag(Qt::WindowStaysOnTopHint),
+         "the mini window is shown and pinned on top");
+  if (!mini) return;
+  // Kept inside the work area of the screen under the cursor, less the margins.
+  QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+  if (!screen) screen = QGuiApplication::primaryScreen();
+  const QRect allowed = screen->availableGeometry() - MeetingWindow::PopupMargins();
+  Say(QStringLiteral("  mini window at %1, work area less margins %2")
+          .arg(RectText(mini->geometry()), RectText(allowed)));
+  Expect(allowed.contains(mini->geometry()), "the mini window lies inside the work area");
+  Shoot(mini, QStringLiteral("mini-window"));
+
+  const size_t mark = log_.Mark();
+  Click(mini->findChild<QPushButton*>(QStringLiteral("mini_back")));
+  ExpectLogged(mark, QStringLiteral("button Back to meeting clicked"));
   Expect(WaitUntil([this] { return !window_.isMinimized() && window_.isActiveWindow(); }),
          "restored and active again");
+  Expect(WaitUntil([&] { return mini.isNull(); }) &&
+             window_.PanelDestructions().value(QStringLiteral("mini_window")) == 1,
+         "the mini window was deleted once, from the event loop");
+  CheckTiles(4);
+}
+
+void Scenario::Dialog() {
+  const size_t mark = log_.Mark();
+  Click(window_.Area()->Toolbar()->InfoButton());
+  ExpectLogged(mark, QStringLiteral("button Info clicked"));
+  QPointer<QDialog> dialog = window_.InfoDialog();
+  Expect(dialog && WaitUntil([&] { return dialog && dialog->isActiveWindow(); }),
+         "the information dialog is open and active");
+  if (!dialog) return;
+  // Centred over the window (halves truncated), then kept on the cursor's screen.
+  const QPoint origin = window_.mapToGlobal(QPoint(0, 0));
+  const QPoint centred(origin.x() + (window_.width() - dialog->width()) / 2,
+                       origin.y() + (window_.height() - dialog->height()) / 2);
+  QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+  if (!screen) screen = QGuiApplication::primaryScreen();
+  const QRect allowed = screen->availableGeometry() - MeetingWindow::PopupMargins();
+  const QRect frame = dialog->frameGeometry();
+  Say(QStringLiteral("  centred at (%1, %2), frame placed at %3, work area less margins %4")
+          .arg(window_.InfoDialogCentredAt().x())
+          .arg(window_.InfoDialogCentredAt().y())
+          .arg(RectText(frame), RectText(allowed)));
+  Expect(window_.InfoDialogCentredAt() == centred, "centred over the meeting window");
+  const bool fits = frame.width() <= allowed.width() && frame.height() <= allowed.height();
+  Expect(!fits || allowed.contains(frame), "kept inside the work area");
+  Expect(frame.topLeft() == centred || !allowed.contains(QRect(centred, frame.size())),
+         "moved only where the centred place left the work area");
+  // The window lost the focus to the dialog: its tiles may not paint meanwhile.
+  CheckTiles(0);
+  Shoot(dialog, QStringLiteral("info-dialog"));
+
+  const size_t close_mark = log_.Mark();
+  Click(dialog->findChild<QPushButton*>(QStringLiteral("info_close")));
+  ExpectLogged(close_mark, QStringLiteral("button Close clicked"));
+  Expect(WaitUntil([&] { return dialog.isNull(); }) &&
+             window_.PanelDestructions().value(QStringLiteral("info_dialog")) == 1,
+         "the dialog was deleted once, from the event loop");
+  Expect(WaitUntil([this] { return window_.isActiveWindow(); }),
+         "the meeting window was activated again");
+  CheckTiles(4);
 }
 
 void Scenario::Screens() {

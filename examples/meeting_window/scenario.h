@@ -52,6 +52,9 @@ class Scenario {
   void Expect(bool ok, const QString& what);
   void ExpectLogged(size_t mark, const QString& prefix);
   void ExpectQtMessage(size_t mark, const QString& text);
+  // Compares every tile's last report with what Qt says about the tile and its window, once
+  // the reports have settled, and expects `visible` tiles reported visible.
+  void CheckTiles(int visible);
   void Say(const QString& text) const;
   void Shoot(QWidget* widget, const QString& name);
 
@@ -61,8 +64,10 @@ class Scenario {
   void Chat();
   void Notice();
   void StopShare();
+  void TileClicks();
   void Move();
   void Minimise();
+  void Dialog();
   void Screens();
   void Leave();
 
