@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "qt_util/string_utils.h"
+#include "qt_util/ui_util.h"
 
 namespace meeting {
 
@@ -170,6 +171,7 @@ ChatPanel::ChatPanel(QWidget* parent)
   view_->setOpenLinks(false);
   input_->setObjectName(QStringLiteral("chat_input"));
   input_->setPlaceholderText(tr("Type a message"));
+  VxQtUiUtil::SetAccessibleKey(input_, QString());
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(view_, 1);

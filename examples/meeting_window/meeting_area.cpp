@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QPushButton>
 
+#include "accessibility_keys.h"
 #include "qt_util/custom_event_util.h"
 #include "qt_util/paint_rect_helper.h"
 #include "qt_util/qt_ui_monitor_helper.h"
@@ -47,8 +48,9 @@ void VideoTile::SetSpotlight(bool on) {
   update();
 }
 
-void VideoTile::SetFrameColor(const QColor& color) {
-  frame_color_ = color;
+void VideoTile::SetFrameColors(const QColor& normal, const QColor& spotlight) {
+  frame_color_ = normal;
+  spotlight_color_ = spotlight;
   update();
 }
 
@@ -78,7 +80,7 @@ void VideoTile::paintEvent(QPaintEvent*) {
   painter.drawText(rect().adjusted(8, 0, -8, -6), Qt::AlignLeft | Qt::AlignBottom, caption);
   // The frame stands for the renderer's area: drawn only while the renderer may paint.
   if (paint_visible_) {
-    painter.setPen(QPen(frame_color_, spotlight_ ? 5 : 3));
+    painter.setPen(spotlight_ ? QPen(spotlight_color_, 5) : QPen(frame_color_, 3));
     painter.setBrush(Qt::NoBrush);
     painter.drawRect(rect().adjusted(2, 2, -2, -2));
   }
@@ -106,16 +108,17 @@ MeetingToolbar::MeetingToolbar(QWidget* parent)
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(10, 6, 10, 6);
   setAutoFillBackground(true);
-  // Every button is as wide as the widest label any of them can show, so that the toolbar
-  // keeps its size and place when a label changes.
+  // Every button is as wide as the widest label any of them can show, with room for an icon,
+  // so that the toolbar keeps its size and place when a label changes.
   int width = 0;
   for (const QString& label : {tr("Unmute"), tr("Stop share"), tr("Info"), tr("Leave")}) {
     width = qMax(width, fontMetrics().horizontalAdvance(label));
   }
   for (QPushButton* button : {mute_, share_, info_, leave_}) {
-    button->setMinimumWidth(width + 24);
+    button->setMinimumWidth(width + 48);
     layout->addWidget(button);
   }
+  SetButtonKeys(this);
   QTUIMonitorHelper::SharedInstance()->AddMonitorRectWidget(this);
 }
 
@@ -127,6 +130,12 @@ void MeetingToolbar::SetSharing(bool sharing) {
   share_->setText(sharing ? tr("Stop share") : tr("Share"));
 }
 
+void MeetingToolbar::SetIcons(const QPixmap& mute, const QPixmap& share) {
+  mute_icon_ = mute;
+  mute_->setIcon(QIcon(mute));
+  share_->setIcon(QIcon(share));
+}
+
 MeetingArea::MeetingArea(QWidget* parent)
     : QWidget(parent), grid_(new QGridLayout(this)), toolbar_(new MeetingToolbar(this)) {
   setObjectName(QStringLiteral("meeting_area"));
@@ -136,6 +145,7 @@ MeetingArea::MeetingArea(QWidget* parent)
 
 VideoTile* MeetingArea::AddTile(const QString& id, const QString& name) {
   auto* tile = new VideoTile(id, name, this);
+  tile->SetFrameColors(frame_color_, spotlight_color_);
   const int index = static_cast<int>(tiles_.size());
   grid_->addWidget(tile, index / 2, index % 2);
   tiles_.append(tile);
@@ -143,6 +153,12 @@ VideoTile* MeetingArea::AddTile(const QString& id, const QString& name) {
   toolbar_->raise();
   if (share_banner_) share_banner_->raise();
   return tile;
+}
+
+void MeetingArea::SetFrameColors(const QColor& normal, const QColor& spotlight) {
+  frame_color_ = normal;
+  spotlight_color_ = spotlight;
+  for (VideoTile* tile : tiles_) tile->SetFrameColors(normal, spotlight);
 }
 
 VideoTile* MeetingArea::Tile(const QString& id) const {
@@ -168,6 +184,7 @@ QWidget* MeetingArea::ShowShareBanner() {
   stop->setObjectName(QStringLiteral("share_stop"));
   layout->addWidget(stop);
   connect(stop, &QPushButton::clicked, this, &MeetingArea::StopShareRequested);
+  SetButtonKeys(banner);
   QTUIMonitorHelper::SharedInstance()->AddMonitorRectWidget(banner);
   share_banner_ = banner;
   PlaceOverlays();

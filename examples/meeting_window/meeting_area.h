@@ -4,6 +4,7 @@
 // while the local user shares the screen.
 
 #include <QColor>
+#include <QPixmap>
 #include <QPointer>
 #include <QRect>
 #include <QWidget>
@@ -35,7 +36,9 @@ class VideoTile : public QWidget {
   bool Muted() const { return muted_; }
   void SetSpotlight(bool on);
   bool Spotlight() const { return spotlight_; }
-  void SetFrameColor(const QColor& color);
+  /// The frame's colour, and its colour while the tile has the spotlight.
+  void SetFrameColors(const QColor& normal, const QColor& spotlight);
+  QColor FrameColor() const { return frame_color_; }
 
   /// What the helper last reported: may the renderer paint, and where (global coordinates).
   bool PaintVisible() const { return paint_visible_; }
@@ -60,6 +63,7 @@ class VideoTile : public QWidget {
   QString id_;
   QString name_;
   QColor frame_color_{QColor(46, 160, 67)};
+  QColor spotlight_color_{QColor(43, 108, 212)};
   bool muted_ = false;
   bool spotlight_ = false;
   bool paint_visible_ = false;
@@ -80,8 +84,12 @@ class MeetingToolbar : public QWidget {
   QPushButton* LeaveButton() const { return leave_; }
   void SetMuted(bool muted);
   void SetSharing(bool sharing);
+  /// Icons of the mute and share buttons, at the device pixel ratio they carry.
+  void SetIcons(const QPixmap& mute, const QPixmap& share);
+  QPixmap MuteIcon() const { return mute_icon_; }
 
  private:
+  QPixmap mute_icon_;
   QPushButton* mute_;
   QPushButton* share_;
   QPushButton* info_;
@@ -99,6 +107,8 @@ class MeetingArea : public QWidget {
   VideoTile* Tile(const QString& id) const;
   QList<VideoTile*> Tiles() const { return tiles_; }
   MeetingToolbar* Toolbar() const { return toolbar_; }
+  /// Frame colours of every tile, present and future.
+  void SetFrameColors(const QColor& normal, const QColor& spotlight);
 
   /// Shows the sharing banner (made on demand; its Stop button emits StopShareRequested).
   QWidget* ShowShareBanner();
@@ -127,6 +137,8 @@ class MeetingArea : public QWidget {
   QList<VideoTile*> tiles_;
   MeetingToolbar* toolbar_;
   QPointer<QWidget> share_banner_;
+  QColor frame_color_{QColor(46, 160, 67)};
+  QColor spotlight_color_{QColor(43, 108, 212)};
   int clicks_left_to_panels_ = 0;
   int clicks_acted_on_ = 0;
 };

@@ -10,12 +10,14 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+#include "accessibility_keys.h"
 #include "chat_panel.h"
 #include "meeting_area.h"
 #include "notice_banner.h"
 #include "participant_list.h"
 #include "qt_util/custom_event_util.h"
 #include "qt_util/event_handler/screen_observer.h"
+#include "qt_util/qt_ui_custom_theme_helper.h"
 #include "qt_util/ui_util.h"
 
 namespace meeting {
@@ -34,6 +36,7 @@ MeetingWindow::MeetingWindow(QWidget* parent)
     : QWidget(parent),
       title_(new QLabel(this)),
       screens_label_(new QLabel(this)),
+      dark_button_(new QPushButton(tr("Dark"), this)),
       participants_(new ParticipantList(this)),
       area_(new MeetingArea(this)),
       chat_(new ChatPanel(this)),
@@ -44,9 +47,12 @@ MeetingWindow::MeetingWindow(QWidget* parent)
   title_->setObjectName(QStringLiteral("meeting_title"));
   screens_label_->setObjectName(QStringLiteral("screens_label"));
 
+  dark_button_->setObjectName(QStringLiteral("theme_dark"));
+  dark_button_->setCheckable(true);
   auto* header = new QHBoxLayout;
   header->addWidget(title_, 1);
   header->addWidget(screens_label_);
+  header->addWidget(dark_button_);
 
   participants_->setFixedWidth(kSideWidth);
   auto* side = new QVBoxLayout;
@@ -79,6 +85,7 @@ MeetingWindow::MeetingWindow(QWidget* parent)
           &MeetingWindow::LeaveRequested);
   connect(area_->Toolbar()->InfoButton(), &QPushButton::clicked, this,
           &MeetingWindow::OpenInfoDialog);
+  connect(dark_button_, &QPushButton::clicked, this, &MeetingWindow::ThemeSwitchRequested);
 
   connect(screen_observer_, &QtScreenObserver::OnScreenListChanged, this, [this] {
     screen_reports_.append({ScreenReport::kListChanged, QString(), QRect()});
@@ -95,6 +102,11 @@ MeetingWindow::MeetingWindow(QWidget* parent)
             UpdateScreensLabel();
           });
   UpdateScreensLabel();
+
+  SetButtonKeys(this);
+  // The engine sends QEvent::ThemeChange to the objects it was given here.
+  QTUICustomThemeHelper::SharedInstance()->InstallAppThemeEventFilter(this);
+  ApplyTheme();
 }
 
 MeetingWindow::~MeetingWindow() {
@@ -108,6 +120,7 @@ void MeetingWindow::Join(const QString& title, const QString& my_name,
   title_->setText(title);
   setWindowTitle(title);
   AddParticipant(QStringLiteral("me"), my_name);
+  participants_->Row(QStringLiteral("me"))->SetAvatar(QPixmap(MyAvatarPath()));
   for (const auto& [id, name] : others) AddParticipant(id, name);
   ShowNotice(tr("You joined \"%1\" with %2 others. The meeting is recorded; everyone in it can "
                 "see the recording notice and may leave at any time.")
@@ -175,6 +188,8 @@ QDialog* MeetingWindow::OpenInfoDialog() {
   buttons->button(QDialogButtonBox::Close)->setObjectName(QStringLiteral("info_close"));
   layout->addWidget(buttons);
   connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+  SetButtonKeys(dialog);
+  ApplyStyleSheet(dialog);
   connect(dialog, &QDialog::finished, this, [this, dialog] {
     CustomEventUtils::DeleteObjectLater(dialog);
     CustomEventUtils::ActivateWidgetLater(this);
@@ -192,12 +207,38 @@ QDialog* MeetingWindow::OpenInfoDialog() {
 
 void MeetingWindow::changeEvent(QEvent* event) {
   QWidget::changeEvent(event);
-  if (event->type() != QEvent::WindowStateChange) return;
-  if (isMinimized()) {
-    ShowMiniWindow();
-  } else {
-    CloseMiniWindow();
+  if (event->type() == QEvent::ThemeChange) {
+    ApplyTheme();
+  } else if (event->type() == QEvent::WindowStateChange) {
+    if (isMinimized()) {
+      ShowMiniWindow();
+    } else {
+      CloseMiniWindow();
+    }
   }
+}
+
+void MeetingWindow::ApplyStyleSheet(QWidget* widget) {
+  VxQtUiUtil::SetupQss(
+      widget, QTUICustomThemeHelper::SharedInstance()->GenCurrentThemeQssPath(StyleSheetPath()),
+      true);
+}
+
+void MeetingWindow::ApplyTheme() {
+  QTUICustomThemeHelper* theme = QTUICustomThemeHelper::SharedInstance();
+  ApplyStyleSheet(this);
+  if (mini_window_) ApplyStyleSheet(mini_window_);
+  if (info_dialog_) ApplyStyleSheet(info_dialog_);
+  const QColor text = theme->GetThemeQColor("color.text");
+  chat_->SetTextColor(text);
+  notice_->SetColors(QColor::fromRgba(theme->GetThemeColorWithReplaceAlpha("color.accent", "56")),
+                     text);
+  area_->SetFrameColors(theme->GetThemeQColor("color.success"),
+                        theme->GetThemeQColor("color.accent"));
+  area_->Toolbar()->SetIcons(VxQtUiUtil::GetHdpiImage(this, MuteIconName()),
+                             VxQtUiUtil::GetHdpiImage(this, ShareIconName()));
+  const QSignalBlocker blocker(dark_button_);
+  dark_button_->setChecked(theme->IsCurrentDarkType());
 }
 
 void MeetingWindow::ShowMiniWindow() {
@@ -211,10 +252,13 @@ void MeetingWindow::ShowMiniWindow() {
   auto* back = new QPushButton(tr("Back to meeting"), mini);
   back->setObjectName(QStringLiteral("mini_back"));
   layout->addWidget(back);
+  back->setIcon(QIcon(VxQtUiUtil::GetHdpiImage(this, BackIconName())));
   connect(back, &QPushButton::clicked, this, [this] {
     showNormal();
     activateWindow();
   });
+  SetButtonKeys(mini);
+  ApplyStyleSheet(mini);
   mini->adjustSize();
   // The bottom-right corner of this window's work area, kept on the screen under the cursor.
   const QRect area = VxQtUiUtil::GetScreenAvailableRect(this);

@@ -12,6 +12,7 @@
 #include <QWidget>
 
 class QLabel;
+class QPushButton;
 class QtScreenObserver;
 class QScreen;
 
@@ -67,6 +68,16 @@ class MeetingWindow : public QWidget {
   ChatPanel* Chat() const { return chat_; }
   NoticeBanner* Notice() const { return notice_; }
   QLabel* ScreensLabel() const { return screens_label_; }
+  QPushButton* DarkButton() const { return dark_button_; }
+
+  /// The window's style sheet; the theme helper picks its "_dark" twin in a dark theme.
+  static QString StyleSheetPath() { return QStringLiteral(":/meeting/meeting.qss"); }
+  /// The icon resources, named for the light theme (the theme engine maps them).
+  static QString MuteIconName() { return QStringLiteral(":/light/icons/mic"); }
+  static QString ShareIconName() { return QStringLiteral(":/light/icons/share"); }
+  static QString BackIconName() { return QStringLiteral(":/light/icons/camera"); }
+  /// The picture of the local user.
+  static QString MyAvatarPath() { return QStringLiteral(":/example_theme/avatar.png"); }
 
   const QList<ScreenReport>& ScreenReports() const { return screen_reports_; }
   /// How often each panel (by object name) emitted `destroyed`: more than once is a bug.
@@ -74,11 +85,17 @@ class MeetingWindow : public QWidget {
 
  signals:
   void LeaveRequested();
+  /// The user asked for the dark (true) or the light theme. Whoever owns the theme engine
+  /// switches it; the window restyles itself on the ThemeChange the engine sends.
+  void ThemeSwitchRequested(bool dark);
 
  protected:
   void changeEvent(QEvent* event) override;
 
  private:
+  // Style sheet, colours and icons of the current theme, for the window and its panels.
+  void ApplyTheme();
+  static void ApplyStyleSheet(QWidget* widget);
   void ShowMiniWindow();
   void CloseMiniWindow();
   void TrackPanel(QObject* panel);
@@ -86,6 +103,7 @@ class MeetingWindow : public QWidget {
 
   QLabel* title_;
   QLabel* screens_label_;
+  QPushButton* dark_button_;
   ParticipantList* participants_;
   MeetingArea* area_;
   ChatPanel* chat_;

@@ -85,15 +85,19 @@ void NoticeBanner::paintEvent(QPaintEvent*) {
   painter.setPen(Qt::NoPen);
   painter.setBrush(background_);
   painter.drawRoundedRect(rect().adjusted(0, 0, -1, -1), 6, 6);
-  // The marker: an "i" in a circle, in the text colour, centred on the first line.
+  // The marker: an "i" in a ring, in the text colour, centred on the first line.
   const QFontMetrics fm(font());
   const int diameter = qMin(kMarkerWidth - 6, fm.height() - 4);
   const QRect marker(kPadding, kPadding + (fm.height() - diameter) / 2, diameter, diameter);
-  painter.setBrush(text_color_);
+  painter.setPen(QPen(text_color_, 1.5));
+  painter.setBrush(Qt::NoBrush);
   painter.drawEllipse(marker);
-  painter.setPen(background_);
+  QFont small = font();
+  small.setPixelSize(qMax(8, diameter * 3 / 4));
+  small.setBold(true);
+  painter.setFont(small);
   painter.drawText(marker, Qt::AlignCenter, QStringLiteral("i"));
-  painter.setPen(text_color_);
+  painter.setFont(font());
   for (size_t i = 0; i < rects_.size() && i < static_cast<size_t>(lines_.size()); ++i) {
     painter.drawText(rects_[i], Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                      lines_[static_cast<int>(i)]);

@@ -4,7 +4,10 @@
 #include <QPainter>
 #include <QPushButton>
 
+#include "accessibility_keys.h"
+#include "qt_util/image_utils.h"
 #include "qt_util/label_string_util.h"
+#include "qt_util/ui_util.h"
 
 namespace meeting {
 
@@ -62,6 +65,8 @@ ParticipantRow::ParticipantRow(const QString& id, const QString& name, QWidget* 
   layout->addWidget(mute_);
   SetAvatar(ParticipantList::InitialsPixmap(name, kAvatarSize));
   SetMuted(false);
+  VxQtUiUtil::SetAccessibleKey(this, QString());
+  SetButtonKeys(this);
   connect(mute_, &QPushButton::clicked, this, [this] { emit MuteRequested(id_, !muted_); });
 }
 
@@ -73,7 +78,9 @@ void ParticipantRow::SetMuted(bool muted) {
 }
 
 void ParticipantRow::SetAvatar(const QPixmap& pixmap) {
-  avatar_->setPixmap(pixmap);
+  const QPixmap square = pixmap.scaled(kAvatarSize, kAvatarSize, Qt::KeepAspectRatioByExpanding,
+                                       Qt::SmoothTransformation);
+  avatar_->setPixmap(QTImageUtils::MakeRoundImage(square));
 }
 
 ParticipantList::ParticipantList(QWidget* parent) : QListWidget(parent) {
@@ -87,6 +94,7 @@ ParticipantRow* ParticipantList::AddParticipant(const QString& id, const QString
   auto* item = new QListWidgetItem(this);
   item->setSizeHint(QSize(0, kRowHeight));
   auto* row = new ParticipantRow(id, name);
+  VxQtUiUtil::SetAccessibleKey(item, row->objectName());
   setItemWidget(item, row);
   connect(row, &ParticipantRow::MuteRequested, this, &ParticipantList::MuteRequested);
   return row;

@@ -31,7 +31,8 @@ class ElidedNameLabel : public QLabel {
   QString full_text_;
 };
 
-/// One row: avatar, name, microphone state and a mute button.
+/// One row: avatar, name, microphone state and a mute button. The row and its button carry
+/// accessibility keys from their object names ("participant_<id>", "participant_<id>_mute").
 class ParticipantRow : public QWidget {
   Q_OBJECT
 
@@ -44,6 +45,7 @@ class ParticipantRow : public QWidget {
   QPushButton* MuteButton() const { return mute_; }
   bool Muted() const { return muted_; }
   void SetMuted(bool muted);
+  /// Shows `pixmap` as a round avatar, scaled to fill the avatar's square.
   void SetAvatar(const QPixmap& pixmap);
 
  signals:

@@ -1,5 +1,6 @@
 #include "scenario.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
 #include <QCursor>
@@ -16,14 +17,17 @@
 #include <QTextImageFormat>
 #include <QTextList>
 #include <QThread>
+#include <QtMath>
 #include <cstdio>
 
+#include "accessibility_keys.h"
 #include "chat_panel.h"
 #include "meeting_area.h"
 #include "meeting_window.h"
 #include "notice_banner.h"
 #include "participant_list.h"
 #include "qt_util/custom_event_util.h"
+#include "qt_util/qt_ui_custom_theme_helper.h"
 #include "qt_util/qt_ui_monitor_helper.h"
 #include "qt_util/ui_util.h"
 #ifdef MEETING_VIRTUAL_SCREENS
@@ -185,6 +189,62 @@ void Scenario::CheckTiles(int visible) {
          QStringLiteral("%1 of %2 tiles may paint").arg(reported_visible).arg(tiles.size()));
 }
 
+void Scenario::CheckTheme(const QList<QWidget*>& panels) {
+  QTUICustomThemeHelper* theme = QTUICustomThemeHelper::SharedInstance();
+  const bool dark = theme->IsCurrentDarkType();
+  const QString sheet = VxQtUiUtil::GetQss(MeetingWindow::StyleSheetPath() +
+                                           (dark ? QStringLiteral("_dark") : QString()));
+  for (QWidget* panel : panels) {
+    Expect(!sheet.isEmpty() && panel->styleSheet() == sheet &&
+               panel->property("widget-config").toString() == QLatin1String("widget__config--main"),
+           QStringLiteral("%1 wears the %2 style sheet and the widget-config marker")
+               .arg(panel->objectName(), dark ? QStringLiteral("dark") : QStringLiteral("light")));
+  }
+  // Every run of the chat, received before or after the switch, in the theme's text colour.
+  const QColor text = theme->GetThemeQColor("color.text");
+  bool chat_colour = true;
+  for (QTextBlock block = window_.Chat()->Document()->begin(); block.isValid();
+       block = block.next()) {
+    for (auto it = block.begin(); !it.atEnd(); ++it) {
+      const QTextCharFormat format = it.fragment().charFormat();
+      if (!format.isImageFormat()) chat_colour &= format.foreground().color() == text;
+    }
+  }
+  const QColor frame = theme->GetThemeQColor("color.success");
+  bool frames = true;
+  for (const VideoTile* tile : window_.Area()->Tiles()) frames &= tile->FrameColor() == frame;
+  Expect(chat_colour && frames, QStringLiteral("chat text in %1 and tile frames in %2, as the "
+                                               "theme's tokens say")
+                                    .arg(text.name(), frame.name()));
+  // The icon comes from the theme's folder at the window's scale step (2 or 3), so its centre
+  // has the theme's accent colour and its device pixel ratio is the step.
+  const QPixmap icon = window_.Area()->Toolbar()->MuteIcon();
+  const int step = qBound(2, qCeil(window_.devicePixelRatioF()), 3);
+  const QImage image = icon.toImage();
+  const QColor centre =
+      image.isNull() ? QColor() : image.pixelColor(image.width() / 2, image.height() / 2);
+  Expect(!icon.isNull() && qFuzzyCompare(icon.devicePixelRatio(), qreal(step)) &&
+             centre.rgb() == theme->GetThemeQColor("color.accent").rgb(),
+         QStringLiteral("the mute icon: %1x%2 px at ratio %3, centre %4")
+             .arg(image.width())
+             .arg(image.height())
+             .arg(icon.devicePixelRatio())
+             .arg(centre.name()));
+  Expect(window_.DarkButton()->isChecked() == dark, "the theme button shows the theme");
+}
+
+void Scenario::CheckKeys(QWidget* root) {
+  QStringList missing;
+  for (QAbstractButton* button : root->findChildren<QAbstractButton*>()) {
+    if (!HasKeys(button)) missing << button->objectName();
+  }
+  Expect(missing.isEmpty(),
+         QStringLiteral("every button of %1 has its accessibility keys%2")
+             .arg(root->objectName(),
+                  missing.isEmpty() ? QString()
+                                    : QStringLiteral(" (missing: %1)").arg(missing.join(", "))));
+}
+
 void Scenario::Shoot(QWidget* widget, const QString& name) {
   const QString path =
       QStringLiteral("%1/%2-%3.png").arg(out_dir_).arg(step_, 2, 10, QLatin1Char('0')).arg(name);
@@ -219,6 +279,7 @@ int Scenario::Run() {
   Step(QStringLiteral("share"), [this] { Share(); });
   Step(QStringLiteral("chat"), [this] { Chat(); });
   Step(QStringLiteral("notice"), [this] { Notice(); });
+  Step(QStringLiteral("dark"), [this] { Dark(); });
   Step(QStringLiteral("stop-share"), [this] { StopShare(); });
   Step(QStringLiteral("tile-clicks"), [this] { TileClicks(); });
   Step(QStringLiteral("move"), [this] { Move(); });
@@ -240,6 +301,10 @@ void Scenario::Join() {
   window_.show();
   window_.activateWindow();
   Expect(WaitUntil([this] { return window_.isActiveWindow(); }), "the window is active");
+  Expect(log_.CountSince(0, base::log::kLevelInfo,
+                         QStringLiteral("qt ui custom theme helper alloc")) == 1,
+         "the theme helper was made once, at start-up");
+  CheckTheme({&window_});
   CheckTiles(4);
 
   ParticipantList* list = window_.Participants();
@@ -260,6 +325,24 @@ void Scenario::Join() {
       Say(QStringLiteral("    child %1: \"%2\"").arg(i).arg(child->text(QAccessible::Name)));
   }
   Expect(rows_exposed, "each accessible child of the list is its row's item widget");
+  bool keyed = true;
+  for (int i = 0; i < rows.size(); ++i) {
+    const QListWidgetItem* item = list->item(i);
+    const QString key = rows.at(i)->objectName();
+    keyed &= HasKeys(rows.at(i)) &&
+             item->data(Qt::AccessibleTextRole).toString() == QStringLiteral("atg__%1").arg(key) &&
+             item->data(Qt::UserRole).toString() == QStringLiteral("atg__%1__name").arg(key);
+  }
+  Expect(keyed, "rows and their list items carry the accessibility keys of the participants");
+  CheckKeys(&window_);
+
+  bool round = true;
+  for (ParticipantRow* row : rows) {
+    const QImage avatar = row->Avatar()->pixmap(Qt::ReturnByValue).toImage();
+    round &= !avatar.isNull() && qAlpha(avatar.pixel(0, 0)) == 0 &&
+             qAlpha(avatar.pixel(avatar.width() / 2, avatar.height() / 2)) == 255;
+  }
+  Expect(round, "every avatar is round: clear corners, opaque centre");
 
   // Names elided in place, to the label's width.
   for (ParticipantRow* row : rows) {
@@ -282,7 +365,9 @@ void Scenario::Mute() {
   Click(window_.Area()->Toolbar()->MuteButton());
   Expect(window_.Muted(QStringLiteral("me")), "the local user is muted after the toolbar click");
   ExpectLogged(mark, QStringLiteral("button Mute clicked"));
-  ExpectLogged(mark, QStringLiteral("Click Widget Stack toolbar_mute ,accessibleName:"));
+  ExpectLogged(
+      mark,
+      QStringLiteral("Click Widget Stack toolbar_mute ,accessibleName:atg__toolbar_mute__name"));
   Expect(window_.Area()->Toolbar()->MuteButton()->text() == QLatin1String("Unmute"),
          "the toolbar offers Unmute");
 
@@ -396,6 +481,17 @@ void Scenario::Notice() {
          "a short notice takes one line, whole");
 }
 
+void Scenario::Dark() {
+  const size_t mark = log_.Mark();
+  Click(window_.DarkButton());
+  ExpectLogged(mark, QStringLiteral("button Dark clicked"));
+  Expect(QTUICustomThemeHelper::SharedInstance()->IsCurrentDarkType() &&
+             QTUICustomThemeHelper::SharedInstance()->CurrentThemeType() == 2,
+         "the engine switched to its dark theme (type 2)");
+  CheckTheme({&window_});
+  CheckKeys(window_.Area()->ShareBanner());
+}
+
 void Scenario::StopShare() {
   QPointer<QWidget> banner = window_.Area()->ShareBanner();
   if (!banner) {
@@ -432,11 +528,14 @@ void Scenario::TileClicks() {
   Expect(corners, "the hit test covers the toolbar, edges included, and nothing beside it");
 
   // A click that the video surface under the toolbar receives belongs to the toolbar.
-  const QPoint on_bar(bar.left() + 10, bar.center().y());
+  QPoint on_bar;
   VideoTile* under_bar = nullptr;
   for (VideoTile* tile : area->Tiles()) {
-    const QRect tile_rect(tile->mapTo(&window_, QPoint(0, 0)), tile->size());
-    if (tile_rect.contains(on_bar)) under_bar = tile;
+    const QRect overlap = QRect(tile->mapTo(&window_, QPoint(0, 0)), tile->size()) & bar;
+    if (!under_bar && !overlap.isEmpty()) {
+      under_bar = tile;
+      on_bar = overlap.center();
+    }
   }
   if (!under_bar) {
     Expect(false, "a tile under the toolbar");
@@ -495,6 +594,8 @@ void Scenario::Minimise() {
   Say(QStringLiteral("  mini window at %1, work area less margins %2")
           .arg(RectText(mini->geometry()), RectText(allowed)));
   Expect(allowed.contains(mini->geometry()), "the mini window lies inside the work area");
+  CheckTheme({mini});
+  CheckKeys(mini);
   Shoot(mini, QStringLiteral("mini-window"));
 
   const size_t mark = log_.Mark();
@@ -533,6 +634,8 @@ void Scenario::Dialog() {
   Expect(!fits || allowed.contains(frame), "kept inside the work area");
   Expect(frame.topLeft() == centred || !allowed.contains(QRect(centred, frame.size())),
          "moved only where the centred place left the work area");
+  CheckTheme({dialog});
+  CheckKeys(dialog);
   // The window lost the focus to the dialog: its tiles may not paint meanwhile.
   CheckTiles(0);
   Shoot(dialog, QStringLiteral("info-dialog"));

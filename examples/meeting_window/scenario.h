@@ -55,6 +55,10 @@ class Scenario {
   // Compares every tile's last report with what Qt says about the tile and its window, once
   // the reports have settled, and expects `visible` tiles reported visible.
   void CheckTiles(int visible);
+  // The current theme on the window and the panels given: style sheet, colours and icons.
+  void CheckTheme(const QList<QWidget*>& panels);
+  // Every button below `root` (and the list's rows) carries its accessibility keys.
+  void CheckKeys(QWidget* root);
   void Say(const QString& text) const;
   void Shoot(QWidget* widget, const QString& name);
 
@@ -63,6 +67,7 @@ class Scenario {
   void Share();
   void Chat();
   void Notice();
+  void Dark();
   void StopShare();
   void TileClicks();
   void Move();
