@@ -227,12 +227,15 @@ QT_UTIL_EXPORT void ShowWindow(QWidget* widget, bool activate);
 
 /// Makes `widget` a frameless, always-on-top tool window that bypasses the window manager,
 /// replacing all its window flags, and stacks it on top with a translucent background.
-/// Nothing for a null widget.
+/// Nothing for a null widget. Call it before showing the widget: on a shown window the new flags
+/// make Qt hide it, and it stays hidden until shown again.
 QT_UTIL_EXPORT void SetupToolWindow(QWidget* widget);
 
 /// Sets or clears Qt::WindowStaysOnTopHint, shows the widget when `show`, then asks the window
 /// system to keep its top-level window above others (or release it), also when not shown.
-/// Nothing for a null widget.
+/// Nothing for a null widget. Changing the hint of a shown window makes Qt hide it and replace
+/// its native window; pass `show` = true to keep such a window on screen (the request then goes
+/// to the new window).
 QT_UTIL_EXPORT void SetupTopMost(QWidget* widget, bool onTop, bool show);
 
 /// raise() when `front`, else lower(). Nothing for a null widget.

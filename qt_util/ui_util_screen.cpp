@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWidget>
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -28,6 +29,22 @@ int TruncateToInt(double value) {
     return std::numeric_limits<int>::min();
   }
   return static_cast<int>(value);
+}
+
+// One axis of CorrectRect: the new start of the span [start, end] (inclusive edges) after
+// moving its end to `max_end` when past it, then its start to `min_start` when before it.
+// Computed in 64 bits, so that margins near the int limits cannot overflow, and clamped so that
+// the moved span still fits an int.
+int FitEdge(int start, int end, int64_t min_start, int64_t max_end) {
+  const int64_t span = int64_t{end} - start;
+  int64_t moved = start;
+  if (int64_t{end} > max_end) moved = max_end - span;
+  if (moved < min_start) moved = min_start;
+  const int64_t lowest = std::max<int64_t>(std::numeric_limits<int>::min(),
+                                           int64_t{std::numeric_limits<int>::min()} - span);
+  const int64_t highest = std::min<int64_t>(std::numeric_limits<int>::max(),
+                                            int64_t{std::numeric_limits<int>::max()} - span);
+  return static_cast<int>(std::clamp(moved, lowest, highest));
 }
 
 enum class Axes { kBoth, kVertical, kHorizontal };
@@ -99,16 +116,14 @@ QRect CorrectRect(const QRect& rect, QMargins margins) {
   if (!screen) screen = QGuiApplication::primaryScreen();
   if (!screen) return rect;
   const QRect area = screen->availableGeometry();
+  // Right before left and bottom before top, so that left and top win for a rect larger than
+  // the area.
+  const int left = FitEdge(rect.left(), rect.right(), int64_t{area.left()} + margins.left(),
+                           int64_t{area.right()} - margins.right());
+  const int top = FitEdge(rect.top(), rect.bottom(), int64_t{area.top()} + margins.top(),
+                          int64_t{area.bottom()} - margins.bottom());
   QRect moved = rect;
-  // Left and top go last so that they win for a rect larger than the area.
-  if (moved.right() > area.right() - margins.right()) {
-    moved.moveRight(area.right() - margins.right());
-  }
-  if (moved.bottom() > area.bottom() - margins.bottom()) {
-    moved.moveBottom(area.bottom() - margins.bottom());
-  }
-  if (moved.left() < area.left() + margins.left()) moved.moveLeft(area.left() + margins.left());
-  if (moved.top() < area.top() + margins.top()) moved.moveTop(area.top() + margins.top());
+  moved.moveTo(left, top);
   return moved;
 }
 

@@ -27,12 +27,10 @@ constexpr char kUpdateRecordProperty[] = "widget-update-data-Ha6z6e";
 
 bool g_ui_util_initialized = false;
 
-// The meta-type id of the update record. The record's type is known to Qt under the name the
-// client's other modules use for it, so that they can read the property too.
-int UpdateRecordTypeId() {
-  static const int id = qRegisterMetaType<UpdateRecord>("std::shared_ptr<framework::Variant>");
-  return id;
-}
+// The update record's type is known to Qt from the moment the library loads, under the name
+// the client's other modules use for it, so that they can read the property too.
+const int g_update_record_type =
+    qRegisterMetaType<UpdateRecord>("std::shared_ptr<framework::Variant>");
 
 }  // namespace
 
@@ -105,14 +103,13 @@ void UpdateWidgetVisible(QWidget* widget, bool visible) {
 
 bool IsWidgetNeedUpdate(QWidget* widget, const base::variant::Variant* data) {
   if (!data || !widget) return true;
-  const int type_id = UpdateRecordTypeId();
   const QVariant recorded = widget->property(kUpdateRecordProperty);
-  if (recorded.isValid() && recorded.userType() == type_id) {
+  if (recorded.isValid() && recorded.userType() == g_update_record_type) {
     const auto& record = *static_cast<const UpdateRecord*>(recorded.constData());
     if (record && *record == *data) return false;
   }
   const UpdateRecord record = std::make_shared<base::variant::Variant>(*data);
-  widget->setProperty(kUpdateRecordProperty, QVariant(type_id, &record));
+  widget->setProperty(kUpdateRecordProperty, QVariant(g_update_record_type, &record));
   return true;
 }
 

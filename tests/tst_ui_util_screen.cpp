@@ -6,6 +6,7 @@
 #include <QScreen>
 #include <QWidget>
 #include <QtTest>
+#include <limits>
 #include <vector>
 
 #include "qt_util/ui_util.h"
@@ -66,6 +67,7 @@ class tst_UiUtilScreen : public QObject {
   void correctRect_movesTheRectInsideTheArea_data();
   void correctRect_movesTheRectInsideTheArea();
   void correctRect_wideRect_endsAtTheLeftMargin();
+  void correctRect_marginsNearTheIntLimits_stayDefined();
   void correctRect_usesTheScreenUnderTheCursor();
   void correctRect_cursorOnNoScreen_usesThePrimaryScreen();
   void centerRect_centresThenCorrects();
@@ -198,6 +200,22 @@ void tst_UiUtilScreen::correctRect_wideRect_endsAtTheLeftMargin() {
   QCOMPARE(corrected.left(), 0 + 15);
   QCOMPARE(corrected.width(), 2500);
   QVERIFY(corrected.right() > 1919 - 25);  // overflows on the right
+}
+
+void tst_UiUtilScreen::correctRect_marginsNearTheIntLimits_stayDefined() {
+  addCorrectRectScreen();
+  constexpr int kMax = std::numeric_limits<int>::max();
+  constexpr int kMin = std::numeric_limits<int>::min();
+  // The left margin pushes the rect as far right as an int allows; the size is kept.
+  const QRect pushed = VxQtUiUtil::CorrectRect(QRect(100, 100, 200, 100), QMargins(kMax, 0, 0, 0));
+  QCOMPARE(pushed.right(), kMax);
+  QCOMPARE(pushed.size(), QSize(200, 100));
+  // Negative margins widen the area past the int range: nothing needs to move.
+  QCOMPARE(VxQtUiUtil::CorrectRect(QRect(100, 100, 200, 100), QMargins(kMin, kMin, kMin, kMin)),
+           QRect(100, 100, 200, 100));
+  // A right margin of kMax moves the rect far left, and the left margin brings it back.
+  const QRect back = VxQtUiUtil::CorrectRect(QRect(100, 100, 200, 100), QMargins(0, 0, kMax, 0));
+  QCOMPARE(back, QRect(0, 100, 200, 100));
 }
 
 void tst_UiUtilScreen::correctRect_usesTheScreenUnderTheCursor() {

@@ -1,96 +1,14 @@
 // Runs under xvfb with the xcb platform: the requests must reach a real X server.
-#include <qpa/qplatformnativeinterface.h>
-#include <xcb/xcb.h>
-
 #include <QApplication>
 #include <QtTest>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
 
+#include "support/x11_watch.h"
 #include "x_utils/x_utils.h"
 
+using test_support::InputFocus;
+using test_support::RootWatcher;
+
 namespace {
-
-xcb_connection_t* QtConnection() {
-  return static_cast<xcb_connection_t*>(
-      QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("connection"));
-}
-
-// Asked on Qt's own connection, so the answer comes after every request Qt sent before.
-xcb_window_t InputFocus() {
-  xcb_connection_t* connection = QtConnection();
-  std::unique_ptr<xcb_get_input_focus_reply_t, decltype(&std::free)> reply(
-      xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr), &std::free);
-  return reply ? reply->focus : xcb_window_t(XCB_WINDOW_NONE);
-}
-
-xcb_atom_t Atom(xcb_connection_t* connection, const char* name) {
-  std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-      xcb_intern_atom_reply(
-          connection,
-          xcb_intern_atom(connection, 0, static_cast<uint16_t>(std::strlen(name)), name), nullptr),
-      &std::free);
-  return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
-}
-
-// A second client that watches the root window the way a window manager would, without taking
-// over window management (it selects notification only), so the client messages sent to the
-// root reach it while Qt's windows still map on their own.
-class RootWatcher {
- public:
-  RootWatcher() : connection_(xcb_connect(nullptr, nullptr)) {
-    if (xcb_connection_has_error(connection_)) return;
-    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
-    const uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-    xcb_change_window_attributes(connection_, root_, XCB_CW_EVENT_MASK, &mask);
-    net_wm_state_ = Atom(connection_, "_NET_WM_STATE");  // the round trip makes the mask live
-    above_ = Atom(connection_, "_NET_WM_STATE_ABOVE");
-  }
-  ~RootWatcher() { xcb_disconnect(connection_); }
-  bool IsValid() const {
-    return !xcb_connection_has_error(connection_) && net_wm_state_ != XCB_ATOM_NONE;
-  }
-  xcb_atom_t Above() const { return above_; }
-
-  struct StateMessage {
-    xcb_window_t window = XCB_WINDOW_NONE;
-    uint32_t action = 0;
-    uint32_t first = 0;
-    uint32_t second = 0;
-    uint32_t source = 0;
-  };
-
-  // Collects the _NET_WM_STATE messages that arrived so far.
-  QList<StateMessage> TakeStateMessages() {
-    QList<StateMessage> messages;
-    while (xcb_generic_event_t* event = xcb_poll_for_event(connection_)) {
-      if ((event->response_type & 0x7F) == XCB_CLIENT_MESSAGE) {
-        const auto* message = reinterpret_cast<xcb_client_message_event_t*>(event);
-        if (message->type == net_wm_state_ && message->format == 32) {
-          messages.append(StateMessage{message->window, message->data.data32[0],
-                                       message->data.data32[1], message->data.data32[2],
-                                       message->data.data32[3]});
-        }
-      }
-      std::free(event);
-    }
-    return messages;
-  }
-
-  // Waits until the server has handled everything Qt sent so far and this client has read
-  // what the server sent it back.
-  void Sync() {
-    InputFocus();
-    Atom(connection_, "_NET_WM_STATE");
-  }
-
- private:
-  xcb_connection_t* connection_;
-  xcb_window_t root_ = XCB_WINDOW_NONE;
-  xcb_atom_t net_wm_state_ = XCB_ATOM_NONE;
-  xcb_atom_t above_ = XCB_ATOM_NONE;
-};
 
 // Records the X errors Qt reports, so a test can tell that a request was refused.
 QStringList g_warnings;
@@ -195,6 +113,42 @@ class tst_XUtils : public QObject {
     messages = watcher.TakeStateMessages();
     QCOMPARE(messages.size(), 1);
     QCOMPARE(messages[0].window, id);
+    QCOMPARE(messages[0].action, 0u);  // remove
+    QCOMPARE(messages[0].first, watcher.Above());
+  }
+
+  // Changing a shown window's flags makes Qt replace its native window while the widget keeps
+  // reporting the destroyed one's id; both requests must reach the window that is on screen.
+  void afterAFlagChange_requestsReachTheLiveWindow() {
+    RootWatcher watcher;
+    QVERIFY(watcher.IsValid());
+    QWidget other;
+    other.setGeometry(300, 650, 200, 100);
+    QWidget window;
+    window.setGeometry(50, 650, 200, 100);
+    other.show();
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&other));
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const auto first_id = static_cast<xcb_window_t>(window.windowHandle()->winId());
+    window.setWindowFlag(Qt::WindowStaysOnTopHint, true);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const auto live_id = static_cast<xcb_window_t>(window.windowHandle()->winId());
+    QVERIFY(live_id != first_id);  // Qt did replace the native window
+
+    x_utils::SetWindowInputFocus(&other);
+    QCOMPARE(InputFocus(), static_cast<xcb_window_t>(other.windowHandle()->winId()));
+    x_utils::SetWindowInputFocus(&window);
+    QCOMPARE(InputFocus(), live_id);
+
+    watcher.Sync();
+    watcher.TakeStateMessages();
+    x_utils::SetStayOnTop(&window, false);
+    watcher.Sync();
+    const auto messages = watcher.TakeStateMessages();
+    QCOMPARE(messages.size(), 1);
+    QCOMPARE(messages[0].window, live_id);
     QCOMPARE(messages[0].action, 0u);  // remove
     QCOMPARE(messages[0].first, watcher.Above());
   }

@@ -3,6 +3,7 @@
 // The gallery runs one section per facility, in registration order. A section shows its
 // facility at work, prints what happens and may save screenshots into the output directory.
 
+#include <QRect>
 #include <QString>
 #include <functional>
 #include <vector>
@@ -27,6 +28,9 @@ struct Registrar {
 
 // Prints one line of the demo's own narration (not a log record).
 void Say(const QString& text);
+
+// A rect as "WxH+X+Y", the way the sections print geometry.
+QString RectText(const QRect& rect);
 
 }  // namespace gallery
 

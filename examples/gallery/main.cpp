@@ -19,6 +19,14 @@ void Say(const QString& text) {
   std::fflush(stdout);
 }
 
+QString RectText(const QRect& rect) {
+  return QStringLiteral("%1x%2+%3+%4")
+      .arg(rect.width())
+      .arg(rect.height())
+      .arg(rect.x())
+      .arg(rect.y());
+}
+
 }  // namespace gallery
 
 int main(int argc, char** argv) {

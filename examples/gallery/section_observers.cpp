@@ -26,14 +26,6 @@
 
 namespace {
 
-QString RectText(const QRect& rect) {
-  return QStringLiteral("%1x%2+%3+%4")
-      .arg(rect.width())
-      .arg(rect.height())
-      .arg(rect.x())
-      .arg(rect.y());
-}
-
 QWidget* ContactRow(const QString& name) {
   auto* row = new QWidget;
   row->setAccessibleName(QStringLiteral("%1's row").arg(name));
@@ -119,7 +111,8 @@ int RunObservers(QApplication&, const QString& out_dir) {
   for (QScreen* screen : QGuiApplication::screens()) {
     gallery::Say(QStringLiteral("  %1 geometry %2 work area %3 ratio %4%5")
                      .arg(screen->name().isEmpty() ? QStringLiteral("(unnamed)") : screen->name(),
-                          RectText(screen->geometry()), RectText(screen->availableGeometry()))
+                          gallery::RectText(screen->geometry()),
+                          gallery::RectText(screen->availableGeometry()))
                      .arg(screen->devicePixelRatio())
                      .arg(screen == QGuiApplication::primaryScreen() ? " (primary)" : ""));
   }
@@ -132,12 +125,11 @@ int RunObservers(QApplication&, const QString& out_dir) {
                    [](QScreen* screen) {
                      gallery::Say(QStringLiteral("  primary screen is now %1").arg(screen->name()));
                    });
-  QObject::connect(
-      &screen_observer, &QtScreenObserver::OnScreenGeometryChanged,
-      [](QScreen* screen, const QRect& work_area) {
-        gallery::Say(
-            QStringLiteral("  work area of %1 is now %2").arg(screen->name(), RectText(work_area)));
-      });
+  QObject::connect(&screen_observer, &QtScreenObserver::OnScreenGeometryChanged,
+                   [](QScreen* screen, const QRect& work_area) {
+                     gallery::Say(QStringLiteral("  work area of %1 is now %2")
+                                      .arg(screen->name(), gallery::RectText(work_area)));
+                   });
   QEventLoop loop;
   QTimer::singleShot(300, &loop, &QEventLoop::quit);
   loop.exec();

@@ -3,6 +3,7 @@
 #include <xcb/xcb.h>
 
 #include <QWidget>
+#include <QWindow>
 #include <QX11Info>
 #include <cstdlib>
 #include <cstring>
@@ -50,10 +51,14 @@ xcb_connection_t* X11Connection() {
   return QX11Info::connection();
 }
 
-// The X window of a shown top-level widget, or 0.
+// The X window of a shown top-level widget, or 0. Asked of the QWindow, not the widget: when a
+// shown window's flags change, Qt replaces its native window but the widget keeps reporting the
+// destroyed one's id.
 xcb_window_t MappedWindow(const QWidget* top_level) {
   if (!top_level->isVisible()) return 0;
-  return static_cast<xcb_window_t>(top_level->internalWinId());
+  const QWindow* window = top_level->windowHandle();
+  if (!window || !window->handle()) return 0;
+  return static_cast<xcb_window_t>(window->winId());
 }
 
 }  // namespace
