@@ -77,6 +77,7 @@ class ChatPanel : public QWidget {
   void AddImage(const QString& name, const QImage& image);
 
   QTextDocument* Document() const;
+  QLineEdit* Input() const { return input_; }
   int Messages() const { return messages_; }
 
  signals:

@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFontMetrics>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
@@ -17,8 +19,10 @@
 #include <QTextImageFormat>
 #include <QTextList>
 #include <QThread>
+#include <QWindow>
 #include <QtMath>
 #include <cstdio>
+#include <memory>
 
 #include "accessibility_keys.h"
 #include "chat_panel.h"
@@ -30,8 +34,9 @@
 #include "qt_util/qt_ui_custom_theme_helper.h"
 #include "qt_util/qt_ui_monitor_helper.h"
 #include "qt_util/ui_util.h"
-#ifdef MEETING_VIRTUAL_SCREENS
+#ifdef MEETING_TEST_SUPPORT
 #include "support/virtual_screen.h"
+#include "support/x11_watch.h"
 #endif
 
 namespace meeting {
@@ -78,6 +83,7 @@ QTextCharFormat FormatOf(QTextDocument* document, const QString& text) {
 LogRecorder::LogRecorder(int level) : previous_level_(base::log::GetLogLevel()) {
   base::log::SetLogLevel(level);
   previous_sink_ = base::log::SetLogSink([this](const base::log::LogRecord& record) {
+    std::lock_guard<std::mutex> lock(mutex_);
     records_.push_back(record);
     std::printf("    [log %d] %s\n", record.level, record.text.c_str());
     std::fflush(stdout);
@@ -89,7 +95,13 @@ LogRecorder::~LogRecorder() {
   base::log::SetLogLevel(previous_level_);
 }
 
+size_t LogRecorder::Mark() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return records_.size();
+}
+
 QStringList LogRecorder::TextsSince(size_t mark, int level) const {
+  std::lock_guard<std::mutex> lock(mutex_);
   QStringList texts;
   for (size_t i = mark; i < records_.size(); ++i) {
     if (records_[i].level == level) texts.append(QString::fromStdString(records_[i].text));
@@ -98,6 +110,7 @@ QStringList LogRecorder::TextsSince(size_t mark, int level) const {
 }
 
 int LogRecorder::CountSince(size_t mark, int level, const QString& prefix) const {
+  std::lock_guard<std::mutex> lock(mutex_);
   int count = 0;
   for (size_t i = mark; i < records_.size(); ++i) {
     count +=
@@ -404,12 +417,22 @@ void Scenario::Chat() {
                       QStringLiteral("<html><head><title>draft</title></head><body>Thanks "
                                      "<u>all</u>,<br>see you <strike>Monday</strike> Tuesday"
                                      "</body></html>"));
+  // A typed message is plain text: escaped into HTML, then converted like any other, so its
+  // markup characters come back as they were typed.
+  const QString typed = QStringLiteral("2 < 3 & <b>not bold</b>  twice");
+  chat->Input()->setText(typed);
+  QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"));
+  QApplication::sendEvent(chat->Input(), &enter);
   QTextDocument* document = chat->Document();
   for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
     Say(QStringLiteral("  chat paragraph: \"%1\"")
             .arg(block.text().replace(QChar::LineSeparator, QStringLiteral(" <br> "))));
   }
-  Expect(chat->Messages() == 3, QStringLiteral("%1 messages in the panel").arg(chat->Messages()));
+  Expect(chat->Messages() == 4, QStringLiteral("%1 messages in the panel").arg(chat->Messages()));
+  const QTextBlock last = document->lastBlock();
+  Expect(last.text() == typed &&
+             FormatOf(document, QStringLiteral("not bold")).fontWeight() != QFont::Bold,
+         "the typed message shows exactly as typed, markup and double blank included");
   Expect(FormatOf(document, QStringLiteral("Agenda")).fontWeight() == QFont::Bold,
          "\"Agenda\" is bold");
   const QTextBlock budget = BlockWith(document, QStringLiteral("budget review"));
@@ -580,6 +603,13 @@ void Scenario::Move() {
 }
 
 void Scenario::Minimise() {
+#ifdef MEETING_TEST_SUPPORT
+  // On X11 a second client watches the root window for the stay-on-top request.
+  std::unique_ptr<test_support::RootWatcher> watcher;
+  if (QGuiApplication::platformName() == QLatin1String("xcb")) {
+    watcher = std::make_unique<test_support::RootWatcher>();
+  }
+#endif
   window_.showMinimized();
   Expect(WaitUntil([this] { return window_.isMinimized(); }), "the window is minimised");
   CheckTiles(0);
@@ -594,6 +624,17 @@ void Scenario::Minimise() {
   Say(QStringLiteral("  mini window at %1, work area less margins %2")
           .arg(RectText(mini->geometry()), RectText(allowed)));
   Expect(allowed.contains(mini->geometry()), "the mini window lies inside the work area");
+#ifdef MEETING_TEST_SUPPORT
+  if (watcher && watcher->IsValid()) {
+    watcher->Sync();
+    bool asked = false;
+    for (const auto& message : watcher->TakeStateMessages()) {
+      asked |= message.window == mini->windowHandle()->winId() && message.action == 1 &&
+               message.first == watcher->Above();
+    }
+    Expect(asked, "the X server got the request to keep the mini window above (_NET_WM_STATE)");
+  }
+#endif
   CheckTheme({mini});
   CheckKeys(mini);
   Shoot(mini, QStringLiteral("mini-window"));
@@ -652,7 +693,7 @@ void Scenario::Dialog() {
 }
 
 void Scenario::Screens() {
-#ifdef MEETING_VIRTUAL_SCREENS
+#ifdef MEETING_TEST_SUPPORT
   const int reports = window_.ScreenReports().size();
   QScreen* primary = QGuiApplication::primaryScreen();
   const QRect right(primary->geometry().right() + 1, 0, 1280, 800);

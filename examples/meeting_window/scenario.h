@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <mutex>
 #include <vector>
 
 #include "base/common/include/logger.h"
@@ -19,7 +20,8 @@ namespace meeting {
 
 class MeetingWindow;
 
-/// Collects the library's log records (and prints each one) while it lives.
+/// Collects the library's log records (and prints each one) while it lives, at the given log
+/// level; the previous level and sink come back when it goes away.
 class LogRecorder {
  public:
   explicit LogRecorder(int level);
@@ -28,7 +30,7 @@ class LogRecorder {
   LogRecorder& operator=(const LogRecorder&) = delete;
 
   /// Position to ask from: records written from now on.
-  size_t Mark() const { return records_.size(); }
+  size_t Mark() const;
   /// Records since `mark` with this level whose text starts with `prefix`.
   int CountSince(size_t mark, int level, const QString& prefix) const;
   /// Texts of the records since `mark` with this level.
@@ -37,6 +39,8 @@ class LogRecorder {
  private:
   int previous_level_;
   base::log::LogSink previous_sink_;
+  // Records may come from any thread (Qt messages relayed by the message hook).
+  mutable std::mutex mutex_;
   std::vector<base::log::LogRecord> records_;
 };
 
