@@ -4,6 +4,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QCursor>
+#include <QDebug>
 #include <QDialog>
 #include <QDir>
 #include <QElapsedTimer>
@@ -45,12 +46,11 @@ namespace {
 
 const QString kLongName = QStringLiteral("Maximiliana Fernández-Oyelaran de la Cruz y Villanueva");
 
+// Qt's own notation: "QRect(x,y wxh)".
 QString RectText(const QRect& rect) {
-  return QStringLiteral("%1x%2+%3+%4")
-      .arg(rect.width())
-      .arg(rect.height())
-      .arg(rect.x())
-      .arg(rect.y());
+  QString text;
+  QDebug(&text).nospace() << rect;
+  return text;
 }
 
 void SendMouse(QWidget* widget, QEvent::Type type, const QPoint& pos) {
@@ -287,19 +287,26 @@ int Scenario::Run() {
   for (const QString& old : out.entryList({QStringLiteral("[0-9][0-9]-*.png")}, QDir::Files)) {
     out.remove(old);
   }
-  Step(QStringLiteral("join"), [this] { Join(); });
-  Step(QStringLiteral("mute"), [this] { Mute(); });
-  Step(QStringLiteral("share"), [this] { Share(); });
-  Step(QStringLiteral("chat"), [this] { Chat(); });
-  Step(QStringLiteral("notice"), [this] { Notice(); });
-  Step(QStringLiteral("dark"), [this] { Dark(); });
-  Step(QStringLiteral("stop-share"), [this] { StopShare(); });
-  Step(QStringLiteral("tile-clicks"), [this] { TileClicks(); });
-  Step(QStringLiteral("move"), [this] { Move(); });
-  Step(QStringLiteral("minimise"), [this] { Minimise(); });
-  Step(QStringLiteral("dialog"), [this] { Dialog(); });
-  Step(QStringLiteral("screens"), [this] { Screens(); });
-  Step(QStringLiteral("leave"), [this] { Leave(); });
+  // The scenario, in order: each step acts, then checks what it observed.
+  const struct {
+    const char* name;
+    void (Scenario::*run)();
+  } steps[] = {
+      {"join", &Scenario::Join},
+      {"mute", &Scenario::Mute},
+      {"share", &Scenario::Share},
+      {"chat", &Scenario::Chat},
+      {"notice", &Scenario::Notice},
+      {"dark", &Scenario::Dark},
+      {"stop-share", &Scenario::StopShare},
+      {"tile-clicks", &Scenario::TileClicks},
+      {"move", &Scenario::Move},
+      {"minimise", &Scenario::Minimise},
+      {"dialog", &Scenario::Dialog},
+      {"screens", &Scenario::Screens},
+      {"leave", &Scenario::Leave},
+  };
+  for (const auto& step : steps) Step(QString::fromLatin1(step.name), [&] { (this->*step.run)(); });
   Say(mismatches_ == 0
           ? QStringLiteral("scenario: %1 steps, every observation as expected").arg(step_)
           : QStringLiteral("scenario: %1 steps, %2 mismatch(es)").arg(step_).arg(mismatches_));
