@@ -20,18 +20,10 @@ class PlainFilter : public QObject {
   }
 };
 
-void SendLoop(benchmark::State& state, QObject* target) {
-  QEvent event(kProbe);
-  for (auto _ : state) {
-    QCoreApplication::sendEvent(target, &event);
-    benchmark::ClobberMemory();
-  }
-}
-
 void BM_Send_NoFilter(benchmark::State& state) {
   QObject target;
   bench::LoopTimer timer(state);
-  SendLoop(state, &target);
+  bench::SendLoop(state, &target, kProbe);
   timer.RecordBaseline("no_filter");
 }
 
@@ -40,7 +32,7 @@ void BM_Send_PlainFilter(benchmark::State& state) {
   PlainFilter filter;
   target.installEventFilter(&filter);
   bench::LoopTimer timer(state);
-  SendLoop(state, &target);
+  bench::SendLoop(state, &target, kProbe);
   timer.RecordBaseline("plain_filter");
   benchmark::DoNotOptimize(filter.seen);
 }
@@ -54,7 +46,7 @@ void BM_Send_EventObserver(benchmark::State& state) {
     return false;
   });
   bench::LoopTimer timer(state);
-  SendLoop(state, target.get());
+  bench::SendLoop(state, target.get(), kProbe);
   timer.ReportRatio("no_filter");
   timer.ReportRatio("plain_filter");
   benchmark::DoNotOptimize(seen);

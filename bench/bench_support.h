@@ -20,6 +20,7 @@
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
+#include <QEvent>
 #include <chrono>
 #include <map>
 #include <string>
@@ -56,6 +57,15 @@ class LoopTimer {
   benchmark::State& state_;
   std::chrono::steady_clock::time_point start_;
 };
+
+// Sends one event of `type` to `target` per iteration, as a client's delivery would.
+inline void SendLoop(benchmark::State& state, QObject* target, QEvent::Type type) {
+  QEvent event(type);
+  for (auto _ : state) {
+    QCoreApplication::sendEvent(target, &event);
+    benchmark::ClobberMemory();
+  }
+}
 
 // main() of a benchmark program that needs a QApplication: runs the registered benchmarks on
 // the offscreen platform (unless QT_QPA_PLATFORM names another). `prepare` runs once the

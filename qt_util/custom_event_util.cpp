@@ -1,7 +1,9 @@
 #include "qt_util/custom_event_util.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <QWidget>
+#include <map>
 #include <utility>
 
 #include "base/common/include/logger.h"
@@ -27,7 +29,13 @@ struct PendingDeleteSet {
   ~PendingDeleteSet() { g_pending_delete_alive = false; }
   PendingDeleteSet(const PendingDeleteSet&) = delete;
   PendingDeleteSet& operator=(const PendingDeleteSet&) = delete;
-  std::set<QObject*> objects;
+  std::set<QObject*> objects_;
+  // A guard per entry of `objects_`, made by DeleteObjectLater. An entry normally leaves the set
+  // with its object's destroyed signal; an object whose connections were cut by a client's
+  // disconnect(), or that dies on another thread before the queued erase runs, leaves its
+  // address behind, and a new object may be allocated there. The guard, cleared by Qt whatever
+  // path destroys the object, tells such a stale entry from a real request.
+  std::map<QObject*, QPointer<QObject>> guards_;
 };
 
 PendingDeleteSet g_pending_delete;
@@ -35,7 +43,22 @@ PendingDeleteSet g_pending_delete;
 bool g_handler_installed = false;
 
 void ForgetPendingDelete(QObject* object) {
-  if (g_pending_delete_alive) g_pending_delete.objects.erase(object);
+  if (!g_pending_delete_alive) return;
+  g_pending_delete.objects_.erase(object);
+  g_pending_delete.guards_.erase(object);
+}
+
+// Whether `receiver` itself, and not an object that died at its address, was asked to be
+// deleted. A stale entry is dropped on the way. An entry without a guard was put in the set by
+// hand (the set is public) and is taken at its word.
+bool IsPendingDelete(QObject* receiver) {
+  if (!g_pending_delete_alive || g_pending_delete.objects_.count(receiver) == 0) return false;
+  const auto guard = g_pending_delete.guards_.find(receiver);
+  if (guard != g_pending_delete.guards_.end() && guard->second.isNull()) {
+    ForgetPendingDelete(receiver);
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -98,18 +121,21 @@ bool CustomEventUtils::InitCustomEventHandler() {
   return g_handler_installed;
 }
 
-// Sits on the path of every event Qt delivers: foreign events cost three comparisons and
-// nothing else.
+// Sits on the path of every event Qt delivers: foreign events cost the null checks and three
+// comparisons of the type, and nothing else.
 bool CustomEventUtils::CustomEventHandler(void** data) {
+  // Qt always hands a full array; a direct caller may not, and then nothing here is ours.
+  if (!data || !data[0] || !data[1]) return false;
   auto* receiver = static_cast<QObject*>(data[0]);
   auto* event = static_cast<QEvent*>(data[1]);
-  auto* result = static_cast<bool*>(data[2]);
+  bool ignored_result = false;
+  auto* result = data[2] ? static_cast<bool*>(data[2]) : &ignored_result;
   const int type = event->type();
 
   if (type == CustomDeleteEvent::EventType) {
-    // Only objects still in the set are deleted: a second request, or an object destroyed by
-    // another path in the meantime, has already left it.
-    if (g_pending_delete_alive && g_pending_delete.objects.count(receiver) != 0) delete receiver;
+    // Only objects still pending are deleted: a second request, or an object destroyed by
+    // another path in the meantime, has already left the set.
+    if (IsPendingDelete(receiver)) delete receiver;
     *result = true;
     return true;
   }
@@ -138,7 +164,8 @@ void CustomEventUtils::DeleteObjectLater(QObject* object) {
     QTU_LOG(base::log::kLevelFailure) << "custom event handler didn't init";
     return;
   }
-  g_pending_delete.objects.insert(object);
+  g_pending_delete.objects_.insert(object);
+  g_pending_delete.guards_[object] = object;
   // The application is the context so that the entry goes with the object whichever path
   // destroys it. Without an application the object itself has to serve: a context-less
   // connection would be refused and leave a stale entry behind.
@@ -186,5 +213,5 @@ bool CustomEventUtils::CompressPostEvent(QEvent* event, QObject* receiver, bool&
 }
 
 std::set<QObject*>* CustomEventUtils::PendingDeleteListInstance() {
-  return &g_pending_delete.objects;
+  return &g_pending_delete.objects_;
 }

@@ -129,10 +129,32 @@ class QT_UTIL_EXPORT CustomEventUtils {
 
   /// The hook itself: `data` is {receiver, event, bool* result}. Returns true when the event
   /// was one of ours and is handled (then `*data[2]` is the delivery's result).
+  ///
+  /// A null `data`, receiver or event is not ours: the answer is false and nothing is touched.
+  /// A null result pointer is allowed; the event is handled and its result dropped.
+  ///
+  /// A CustomDeleteEvent deletes its receiver only when that receiver is in the pending-delete
+  /// set and is not merely occupying the address of a pending object that died without its
+  /// entry leaving (its connections were cut with QObject::disconnect() before it died, or it
+  /// died on another thread before the queued erase ran): such a stale entry is dropped and the
+  /// event swallowed, so that an object later allocated at that address is never deleted by a
+  /// request made for another. A new DeleteObjectLater for the new object is honoured.
   static bool CustomEventHandler(void** data);
 
   /// Deletes `object` from the event loop unless something else destroys it first. Asking
   /// twice still deletes once. Null is ignored.
+  ///
+  /// The deletion happens when the event loop delivers the event, whichever loop that is. An
+  /// object that calls DeleteObjectLater(this) and then, still inside its own method, runs a
+  /// nested event loop (QDialog::exec, QEventLoop::exec, QCoreApplication::processEvents, a
+  /// modal message box) is deleted inside that loop, under its own frame: any member it
+  /// touches after the loop returns is freed memory. Either ask for the deletion as the last
+  /// thing before returning to the event loop, or guard the method:
+  ///
+  ///     QPointer<Panel> self(this);
+  ///     CustomEventUtils::DeleteObjectLater(this);
+  ///     dialog.exec();
+  ///     if (!self) return;  // deleted meanwhile: touch nothing of this object
   static void DeleteObjectLater(QObject* object);
 
   /// Activates the window of `widget` from the event loop. A null widget only logs.

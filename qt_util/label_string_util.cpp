@@ -62,6 +62,26 @@ int InitialCount(double available, double estimate, int length) {
   return static_cast<int>(guess);
 }
 
+// Lays `text` out in `font` line by line, wrapping in `mode`, and hands each new line with its
+// index to `place_line`, which sets its width and position, until the text is used up.
+template <typename PlaceLine>
+void LayOutLines(const QString& text, const QFont& font, QTextOption::WrapMode mode,
+                 PlaceLine place_line) {
+  QTextLayout layout(text, font);
+  layout.setCacheEnabled(true);
+  QTextOption option;
+  option.setWrapMode(mode);
+  layout.setTextOption(option);
+  layout.beginLayout();
+  for (int index = 0;; ++index) {
+    QTextLine line = layout.createLine();
+    if (!line.isValid()) break;
+    place_line(line, index);
+  }
+  layout.endLayout();
+  layout.clearLayout();
+}
+
 }  // namespace
 
 void VxLabelStringUtil::SplitMultiLineStrings(int maxWidth, const QFont& font,
@@ -69,54 +89,29 @@ void VxLabelStringUtil::SplitMultiLineStrings(int maxWidth, const QFont& font,
                                               QStringList& lines, int firstLineIndent) {
   if (maxWidth < 1 || text.isEmpty()) return;
 
-  QTextLayout layout(text, font);
-  layout.setCacheEnabled(true);
-  QTextOption option;
-  option.setWrapMode(QTextOption::WrapAnywhere);
-  layout.setTextOption(option);
-
   const int pitch = TruncateToInt(CharacterWidthEstimate(font, fm));
-  const QString layout_text = layout.text();
-  layout.beginLayout();
-  for (int k = 0;; ++k) {
-    QTextLine line = layout.createLine();
-    if (!line.isValid()) break;
-    const qint64 width = k == 0 ? qint64(maxWidth) - firstLineIndent : qint64(maxWidth);
+  LayOutLines(text, font, QTextOption::WrapAnywhere, [&](QTextLine& line, int index) {
+    const qint64 width = index == 0 ? qint64(maxWidth) - firstLineIndent : qint64(maxWidth);
     line.setLineWidth(BoundedLineWidth(width));
-    line.setPosition(QPointF(0, qreal(k) * pitch));
-    lines.append(layout_text.mid(line.textStart(), line.textLength()));
-  }
-  layout.endLayout();
-  layout.clearLayout();
+    line.setPosition(QPointF(0, qreal(index) * pitch));
+    lines.append(text.mid(line.textStart(), line.textLength()));
+  });
 }
 
 void VxLabelStringUtil::SplitMultiLineStringsByWord(const QFont& font, const QString& text,
                                                     int maxWidth, QStringList& lines) {
   if (maxWidth < 1 || text.isEmpty()) return;
 
-  QTextLayout layout(text, font);
-  layout.setCacheEnabled(true);
-  QTextOption option;
-  option.setWrapMode(QTextOption::WordWrap);
-  layout.setTextOption(option);
   const qreal leading = QFontMetricsF(font).leading();
-
   qreal y = -leading;
-  int pos = 0;
-  layout.beginLayout();
-  while (pos >= 0 && pos <= text.size()) {
-    QTextLine line = layout.createLine();
-    if (!line.isValid()) break;
+  LayOutLines(text, font, QTextOption::WordWrap, [&](QTextLine& line, int) {
     line.setLineWidth(qreal(maxWidth));
     y += leading;
     y = std::ceil(y);
     line.setPosition(QPointF(0, y));
     y += line.height();
-    lines.append(text.mid(pos, line.textLength()));
-    pos += line.textLength();
-  }
-  layout.endLayout();
-  layout.clearLayout();
+    lines.append(text.mid(line.textStart(), line.textLength()));
+  });
 }
 
 bool VxLabelStringUtil::SplitLineByWholeWord(const QFont& font, const QString& text, int maxWidth,

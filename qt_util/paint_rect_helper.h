@@ -25,6 +25,10 @@ class QWidget;
 /// answers false), so with CheckTopWindowState a widget whose window is inactive, or that is
 /// recomputed after an application deactivation, is reported not visible.
 ///
+/// An event of the widget or an ancestor reaches the helper twice, through the application's
+/// filter and through the object's own; the second computation finds nothing changed and
+/// reports nothing.
+///
 /// The bound widget should have a parent widget: its position is mapped to the screen through
 /// it. A bound top-level widget is reported with its own geometry.
 ///

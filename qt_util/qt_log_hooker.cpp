@@ -7,20 +7,28 @@
 
 namespace {
 
-QString MessageTypeName(QtMsgType type) {
+// How a Qt message type is relayed: the name its line starts with and its log level; level 0
+// is not relayed.
+struct Relay {
+  const char* name;
+  int level;
+};
+
+Relay RelayOf(QtMsgType type) {
   switch (type) {
     case QtDebugMsg:
-      return QStringLiteral("QDebugMsg");
+      // Qt's debug chatter would drown the client's own lines at any level.
+      return {"QDebugMsg", 0};
     case QtWarningMsg:
-      return QStringLiteral("QWarningMsg");
+      return {"QWarningMsg", base::log::kLevelWarning};
     case QtCriticalMsg:
-      return QStringLiteral("QCriticalMsg");
+      return {"QCriticalMsg", base::log::kLevelQtCritical};
     case QtFatalMsg:
-      return QStringLiteral("QFatalMsg");
+      return {"QFatalMsg", base::log::kLevelFailure};
     case QtInfoMsg:
-      return QStringLiteral("QInfoMsg");
+      return {"QInfoMsg", base::log::kLevelInfo};
   }
-  return QStringLiteral("QOtherMsg");
+  return {"QOtherMsg", 0};
 }
 
 // Sources from the client's Windows builds come with backslashes; both kinds separate.
@@ -36,25 +44,11 @@ QString ShortFileName(const char* file) {
 
 void QtLogHooker::HandleGlobalMessage(QtMsgType type, const QMessageLogContext& context,
                                       const QString& message) {
+  const Relay relay = RelayOf(type);
+  if (relay.level == 0) return;
   // One pass over the template: a "%1" inside the message must come out as written.
   const QString text = QStringLiteral("%1(%2:%3) %4")
-                           .arg(MessageTypeName(type), ShortFileName(context.file),
+                           .arg(QLatin1String(relay.name), ShortFileName(context.file),
                                 QString::number(context.line), message);
-  switch (type) {
-    case QtInfoMsg:
-      QTU_LOG(base::log::kLevelInfo) << QTStringUtils::QStr2StdStr(text);
-      break;
-    case QtWarningMsg:
-      QTU_LOG(base::log::kLevelWarning) << QTStringUtils::QStr2StdStr(text);
-      break;
-    case QtCriticalMsg:
-      QTU_LOG(base::log::kLevelQtCritical) << QTStringUtils::QStr2StdStr(text);
-      break;
-    case QtFatalMsg:
-      QTU_LOG(base::log::kLevelFailure) << QTStringUtils::QStr2StdStr(text);
-      break;
-    case QtDebugMsg:
-      // Qt's debug chatter would drown the client's own lines at any level.
-      break;
-  }
+  QTU_LOG(relay.level) << QTStringUtils::QStr2StdStr(text);
 }

@@ -15,6 +15,20 @@ namespace {
 
 std::atomic<QTUIMonitorHelper*> g_instance{nullptr};
 std::mutex g_instance_mutex;
+// The instance whose filter is on the application object. A registry entry leaves only through
+// that filter, so no widget may be registered while it is off; GUI thread only.
+const QTUIMonitorHelper* g_filtering_instance = nullptr;
+
+// Installs `helper` as the application's filter unless it already is; false without an
+// application object.
+bool EnsureApplicationFilter(QTUIMonitorHelper* helper) {
+  if (g_filtering_instance == helper) return true;
+  QCoreApplication* application = QCoreApplication::instance();
+  if (!application) return false;
+  application->installEventFilter(helper);
+  g_filtering_instance = helper;
+  return true;
+}
 
 }  // namespace
 
@@ -38,17 +52,15 @@ QTUIMonitorHelper* QTUIMonitorHelper::SharedInstance() {
 }
 
 QTUIMonitorHelper::QTUIMonitorHelper() {
-  QCoreApplication* application = QCoreApplication::instance();
-  if (!application) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "[qt ui monitor helper] created before the application object, destroyed widgets "
-           "stay registered";
-    return;
+  if (!EnsureApplicationFilter(this)) {
+    QTU_LOG(base::log::kLevelFailure) << "[qt ui monitor helper] created before the application "
+                                         "object, filtering from the first registration";
   }
-  application->installEventFilter(this);
 }
 
 QTUIMonitorHelper::~QTUIMonitorHelper() {
+  if (g_filtering_instance != this) return;
+  g_filtering_instance = nullptr;
   if (QCoreApplication* application = QCoreApplication::instance()) {
     application->removeEventFilter(this);
   }
@@ -67,6 +79,7 @@ bool QTUIMonitorHelper::AddMonitorWidget(QSet<QObject*>& set, QWidget* widget) {
     QTU_LOG(base::log::kLevelFailure) << "[qt ui monitor helper] add monitor widget failed!";
     return false;
   }
+  EnsureApplicationFilter(this);  // a widget implies an application object
   set.insert(widget);
   return true;
 }
@@ -77,6 +90,7 @@ bool QTUIMonitorHelper::AddMonitorDontCreateNativeWidget(QWidget* widget, const 
         << "[qt ui monitor helper] add monitor dont create native widget failed!";
     return false;
   }
+  EnsureApplicationFilter(this);
   if (!dont_create_native_widgets_.contains(widget))
     dont_create_native_widgets_.insert(widget, key);
   return true;

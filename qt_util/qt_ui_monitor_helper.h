@@ -26,10 +26,11 @@ class QT_UTIL_EXPORT QTUIMonitorHelper : public QObject {
  public:
   /// The instance, created on first use and registered with base::RegisterScopeSingleton, so
   /// it is deleted when the framework's singleton scope ends; the next call after that creates
-  /// a fresh, empty one. Create it after the QApplication: made before, it cannot filter the
-  /// application and destroyed widgets then stay registered (a level-1 line says so).
+  /// a fresh, empty one. Made before the QApplication, it logs a level-1 line and starts
+  /// filtering the application with the first registration (a widget needs the application).
   static QTUIMonitorHelper* SharedInstance();
 
+  /// Stops filtering the application; the registries go with the helper.
   ~QTUIMonitorHelper() override;
 
   /// Registers `widget` as UI over the meeting area. Returns false only for a null widget

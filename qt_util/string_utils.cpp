@@ -60,18 +60,45 @@ QString QTStringUtils::StdStr2QStr(const std::string& text) {
 }
 
 void QTStringUtils::HtmlEncode(QString& text) {
-  // "&" first so that the entities made below are not escaped twice; line breaks last so
-  // that the "<br>" they produce is not escaped either.
-  text.replace(QLatin1Char('&'), QLatin1String("&amp;"));
-  text.replace(QLatin1Char(' '), QLatin1String("&nbsp;"));
-  text.replace(QLatin1Char('<'), QLatin1String("&lt;"));
-  text.replace(QLatin1Char('>'), QLatin1String("&gt;"));
-  text.replace(QLatin1Char('"'), QLatin1String("&quot;"));
-  text.replace(QLatin1Char('\''), QLatin1String("&#39;"));
-  text.replace(QLatin1String("\r\n"), QLatin1String("\r"));
-  text.replace(QLatin1Char('\r'), QLatin1String("<br>"));
-  text.replace(QLatin1Char('\n'), QLatin1String("<br>"));
-  text.replace(QLatin1Char('\v'), QLatin1String("<br>"));
+  // One pass into a new string, so that a text of several megabytes costs one copy whatever
+  // its content. A "\r\n" pair is one line break.
+  QString encoded;
+  encoded.reserve(text.size() + text.size() / 8);
+  const QChar* const begin = text.constData();
+  const QChar* const end = begin + text.size();
+  for (const QChar* at = begin; at != end; ++at) {
+    switch (at->unicode()) {
+      case u'&':
+        encoded += QLatin1String("&amp;");
+        break;
+      case u' ':
+        encoded += QLatin1String("&nbsp;");
+        break;
+      case u'<':
+        encoded += QLatin1String("&lt;");
+        break;
+      case u'>':
+        encoded += QLatin1String("&gt;");
+        break;
+      case u'"':
+        encoded += QLatin1String("&quot;");
+        break;
+      case u'\'':
+        encoded += QLatin1String("&#39;");
+        break;
+      case u'\r':
+        if (at + 1 != end && at[1] == QLatin1Char('\n')) ++at;
+        encoded += QLatin1String("<br>");
+        break;
+      case u'\n':
+      case u'\v':
+        encoded += QLatin1String("<br>");
+        break;
+      default:
+        encoded += *at;
+    }
+  }
+  text = std::move(encoded);
 }
 
 QString QFTextStreamLoader::GetFileStream(const QString& path) {

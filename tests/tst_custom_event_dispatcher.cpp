@@ -1,68 +1,28 @@
-// The deferred-work dispatcher. The first tests run before the dispatcher is installed (the
-// installation cannot be undone), so the order of the slots matters.
-#include <dlfcn.h>
-
+// The deferred-work dispatcher once installed; tst_custom_event_dispatcher_uninstalled covers
+// the time before (installation cannot be undone, hence the two executables).
 #include <QApplication>
+#include <QEventLoop>
 #include <QPointer>
 #include <QThread>
+#include <QTimer>
 #include <QWidget>
 #include <QtTest>
 #include <functional>
+#include <new>
 #include <vector>
 
 #include "base/variant/variant.h"
 #include "qt_util/custom_event_util.h"
 #include "support/log_capture.h"
+#include "support/notify_hook_recorder.h"
 
 using base::variant::Variant;
+using test_support::Count;
+using test_support::Delivery;
+using test_support::Drain;
+using test_support::HookCount;
 
 namespace {
-
-const char kNotInit[] = "custom event handler didn't init";
-
-// Fault injection for the one failure Qt never produces on its own: a refused registration.
-bool g_refuse_registration = false;
-int g_registration_requests = 0;
-
-}  // namespace
-
-// This executable's definition of Qt's registration function takes the place of Qt's own for
-// every caller in the process, the library included (the dynamic linker looks in the executable
-// first). It counts the requests, refuses them while asked to, and otherwise hands them to Qt.
-bool QInternal::registerCallback(QInternal::Callback cb, qInternalCallback callback) {
-  ++g_registration_requests;
-  if (g_refuse_registration) return false;
-  using Register = bool (*)(QInternal::Callback, qInternalCallback);
-  static const auto qt_register = reinterpret_cast<Register>(
-      dlsym(RTLD_NEXT, "_ZN9QInternal16registerCallbackENS_8CallbackEPFbPPvE"));
-  return qt_register && qt_register(cb, callback);
-}
-
-namespace {
-
-struct Delivery {
-  QObject* receiver;
-  int type;
-};
-
-// Everything Qt hands to the notify hook, seen by a callback registered ahead of the
-// dispatcher's: it observes and never handles.
-std::vector<Delivery> g_hook_seen;
-
-bool RecordingHook(void** data) {
-  g_hook_seen.push_back({static_cast<QObject*>(data[0]), static_cast<QEvent*>(data[1])->type()});
-  return false;
-}
-
-int Count(const std::vector<Delivery>& list, QObject* receiver, int type) {
-  int n = 0;
-  for (const Delivery& d : list) n += d.receiver == receiver && d.type == type;
-  return n;
-}
-
-int HookCount(QObject* receiver, int type) {
-  return Count(g_hook_seen, receiver, type);
-}
 
 // An application whose notify override records what reaches it.
 class RecordingApplication : public QApplication {
@@ -111,6 +71,17 @@ class RecordingObject : public QObject {
   std::vector<Variant> compress_params;
 };
 
+// Built in caller-provided storage; counts destructions, and deletions through its own
+// operator delete, which frees nothing (the storage is the caller's).
+class PlacedObject : public QObject {
+ public:
+  PlacedObject() { ++alive; }
+  ~PlacedObject() override { --alive; }
+  static void operator delete(void*) { ++deletions; }
+  static inline int alive = 0;
+  static inline int deletions = 0;
+};
+
 // Answers every event with a chosen result.
 class AnsweringObject : public QObject {
  public:
@@ -118,115 +89,38 @@ class AnsweringObject : public QObject {
   bool answer = false;
 };
 
-void Drain() {
-  // Twice: a handler may post follow-up work.
-  QCoreApplication::sendPostedEvents();
-  QCoreApplication::processEvents();
-}
-
 }  // namespace
 
 class tst_CustomEventDispatcher : public QObject {
   Q_OBJECT
 
  private slots:
+  // Installs the dispatcher for the whole suite, behind the recording hook. The first attempt is
+  // refused: a refusal is not remembered, the next call asks Qt again.
   void initTestCase() {
-    QVERIFY(QInternal::registerCallback(QInternal::EventNotifyCallback, &RecordingHook));
+    QVERIFY(
+        QInternal::registerCallback(QInternal::EventNotifyCallback, &test_support::RecordingHook));
+    test_support::g_refuse_registration = true;
+    const bool refused = CustomEventUtils::InitCustomEventHandler();
+    test_support::g_refuse_registration = false;
+    QVERIFY(!refused);
+    const int requests_before = test_support::g_registration_requests;
+    QVERIFY(CustomEventUtils::InitCustomEventHandler());
+    QCOMPARE(test_support::g_registration_requests - requests_before, 1);
   }
   void cleanupTestCase() {
-    QInternal::unregisterCallback(QInternal::EventNotifyCallback, &RecordingHook);
+    QInternal::unregisterCallback(QInternal::EventNotifyCallback, &test_support::RecordingHook);
   }
-  void init() { g_hook_seen.clear(); }
-
-  // ---- before InitCustomEventHandler ----
-
-  void beforeInit_deleteObjectLater_logsAndObjectSurvives() {
-    LogCapture capture(6);
-    QPointer<QObject> object = new QObject;
-    CustomEventUtils::DeleteObjectLater(object);
-    QCOMPARE(capture.Count(1, kNotInit), 1);
-    QCOMPARE(capture.Size(), size_t(1));
-    Drain();
-    QVERIFY(object);
-    QVERIFY(CustomEventUtils::PendingDeleteListInstance()->empty());
-    QCOMPARE(HookCount(object, CustomDeleteEvent::EventType), 0);
-    delete object;
-  }
-
-  void beforeInit_activateWidgetLater_logsAndPostsNothing() {
-    LogCapture capture(6);
-    QWidget widget;
-    CustomEventUtils::ActivateWidgetLater(&widget);
-    QCOMPARE(capture.Texts(), std::vector<std::string>{kNotInit});
-    QCOMPARE(capture.Records()[0].level, 1);
-    Drain();
-    QCOMPARE(HookCount(&widget, ActivateWidgetEvent::EventType), 0);
-  }
-
-  void beforeInit_delayAction_logsAndNeverRuns() {
-    LogCapture capture(6);
-    QObject context;
-    int runs = 0;
-    CustomEventUtils::DelayAction(&context, [&runs] { ++runs; });
-    QCOMPARE(capture.Texts(), std::vector<std::string>{kNotInit});
-    Drain();
-    QCOMPARE(runs, 0);
-    QCOMPARE(HookCount(&context, DelayActionEvent::EventType), 0);
-  }
-
-  void beforeInit_delayActionEmptyOrNoContext_logsNothing() {
-    LogCapture capture(6);
-    QObject context;
-    int runs = 0;
-    CustomEventUtils::DelayAction(&context, std::function<void()>());
-    CustomEventUtils::DelayAction(nullptr, [&runs] { ++runs; });
-    QCOMPARE(capture.Size(), size_t(0));
-    Drain();
-    QCOMPARE(runs, 0);
-    QCOMPARE(HookCount(&context, DelayActionEvent::EventType), 0);
-  }
-
-  void nullArguments_beforeInit() {
-    LogCapture capture(6);
-    CustomEventUtils::DeleteObjectLater(nullptr);
-    QCOMPARE(capture.Size(), size_t(0));
-    // The null check comes before the installation check.
-    CustomEventUtils::ActivateWidgetLater(nullptr);
-    QCOMPARE(capture.Texts(), std::vector<std::string>{"widget is nullptr"});
-    QCOMPARE(capture.Records()[0].level, 1);
-  }
+  void init() { test_support::g_hook_seen.clear(); }
 
   // ---- installation ----
 
-  void init_refusedByQt_logsFailureAndStaysUninstalled() {
+  void init_laterCalls_registerNothingAndReturnTrue() {
     LogCapture capture(6);
-    const int requests_before = g_registration_requests;
-    g_refuse_registration = true;
-    const bool first = CustomEventUtils::InitCustomEventHandler();
-    const bool second = CustomEventUtils::InitCustomEventHandler();
-    g_refuse_registration = false;
-    // Each call asked Qt: had the library bypassed the seam, the asking would not show here.
-    QCOMPARE(g_registration_requests - requests_before, 2);
-    QVERIFY(!first);
-    QVERIFY(!second);
-    QCOMPARE(capture.Count(1, "custom event handler init failed"), 2);
-    QCOMPARE(capture.Size(), size_t(2));
-
-    // Still uninstalled: deferring behaves as it did before the attempt, and nothing of ours is
-    // in Qt's list.
-    beforeInit_delayAction_logsAndNeverRuns();
-    if (QTest::currentTestFailed()) return;
-    QVERIFY(!QInternal::unregisterCallback(QInternal::EventNotifyCallback,
-                                           &CustomEventUtils::CustomEventHandler));
-  }
-
-  // Runs after a refused attempt: a refusal is not remembered, the next call tries again.
-  void init_registersOnceAndReturnsTrue() {
-    LogCapture capture(6);
-    const int requests_before = g_registration_requests;
+    const int requests_before = test_support::g_registration_requests;
     QVERIFY(CustomEventUtils::InitCustomEventHandler());
     QVERIFY(CustomEventUtils::InitCustomEventHandler());
-    QCOMPARE(g_registration_requests - requests_before, 1);
+    QCOMPARE(test_support::g_registration_requests - requests_before, 0);
     QCOMPARE(capture.Size(), size_t(0));
     // Registered twice, the hook would run a delayed action twice.
     QObject context;
@@ -313,6 +207,86 @@ class tst_CustomEventDispatcher : public QObject {
     Drain();
     QVERIFY(!watch);
     QVERIFY(CustomEventUtils::PendingDeleteListInstance()->empty());
+  }
+
+  void deleteEvent_staleEntryAtReusedAddress_deletesNothing() {
+    alignas(PlacedObject) unsigned char storage[sizeof(PlacedObject)];
+    auto* first = new (storage) PlacedObject;
+    CustomEventUtils::DeleteObjectLater(first);
+    // The client cuts every connection of the object, the library's own included, and then
+    // destroys it: its entry cannot hear of it and stays behind.
+    first->disconnect();
+    first->~PlacedObject();
+    QCOMPARE(CustomEventUtils::PendingDeleteListInstance()->count(first), size_t(1));
+
+    auto* second = new (storage) PlacedObject;
+    QCOMPARE(static_cast<void*>(second), static_cast<void*>(first));
+    CustomDeleteEvent stray;
+    QVERIFY(QCoreApplication::sendEvent(second, &stray));
+    QCOMPARE(PlacedObject::deletions, 0);
+    QCOMPARE(PlacedObject::alive, 1);
+    QCOMPARE(CustomEventUtils::PendingDeleteListInstance()->count(second), size_t(0));
+
+    // A request made for the new object itself is honoured.
+    CustomEventUtils::DeleteObjectLater(second);
+    Drain();
+    QCOMPARE(PlacedObject::deletions, 1);
+    QCOMPARE(PlacedObject::alive, 0);
+    QVERIFY(CustomEventUtils::PendingDeleteListInstance()->empty());
+    PlacedObject::deletions = 0;
+  }
+
+  // Kept as documented in the header: the deletion happens in whatever loop delivers the event,
+  // a nested one inside the object's own method included. The guard the header recommends sees it.
+  void deleteObjectLater_thenNestedLoop_deletesUnderTheMethod() {
+    class Panel : public QObject {
+     public:
+      // Touches nothing of the object after the nested loop unless the guard says it lives.
+      bool DeleteSelfAndRunNestedLoop(int* touched_after) {
+        QPointer<Panel> self(this);
+        CustomEventUtils::DeleteObjectLater(this);
+        QEventLoop nested;
+        QTimer::singleShot(0, &nested, &QEventLoop::quit);
+        nested.exec();
+        if (!self) return false;
+        *touched_after = ++touches_;
+        return true;
+      }
+
+     private:
+      int touches_ = 0;
+    };
+    auto* panel = new Panel;
+    QPointer<Panel> watch = panel;
+    int touched_after = 0;
+    QVERIFY(!panel->DeleteSelfAndRunNestedLoop(&touched_after));
+    QVERIFY(!watch);
+    QCOMPARE(touched_after, 0);
+  }
+
+  void customEventHandler_incompleteData_isNotOurs() {
+    RecordingObject receiver;
+    DelayActionEvent delayed([] {});
+    bool result = false;
+    QVERIFY(!CustomEventUtils::CustomEventHandler(nullptr));
+    void* no_receiver[] = {nullptr, &delayed, &result};
+    QVERIFY(!CustomEventUtils::CustomEventHandler(no_receiver));
+    void* no_event[] = {&receiver, nullptr, &result};
+    QVERIFY(!CustomEventUtils::CustomEventHandler(no_event));
+    QVERIFY(!result);
+  }
+
+  void customEventHandler_withoutResultPointer_stillHandles() {
+    RecordingObject receiver;
+    int runs = 0;
+    DelayActionEvent delayed([&runs] { ++runs; });
+    void* data[] = {&receiver, &delayed, nullptr};
+    QVERIFY(CustomEventUtils::CustomEventHandler(data));
+    QCOMPARE(runs, 1);
+    CustomDeleteEvent stray;
+    void* delete_data[] = {&receiver, &stray, nullptr};
+    QVERIFY(CustomEventUtils::CustomEventHandler(delete_data));
+    QVERIFY(receiver.types.isEmpty());
   }
 
   // ---- activating later ----

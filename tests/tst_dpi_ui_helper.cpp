@@ -24,18 +24,23 @@ class tst_DpiUiHelper : public QObject {
   Q_OBJECT
 
  private slots:
-  // Must run before anything else asks for the start-up scale.
-  void startUpDpi_isThePrimaryRatioWhenFirstAsked_andStaysSo() {
+  // The start-up scale is taken once per process, when first asked. Asking here, with a 1.5
+  // primary screen, makes it the same for every function, run alone or with the others.
+  void initTestCase() {
     QScreen* startup = test_support::AddVirtualScreen(QRect(0, 3000, 800, 600), 1.5, "startup");
     QVERIFY(startup);
     test_support::SetPrimaryVirtualScreen(startup);
+    QCOMPARE(DPIHelper::GetStartUpDPI(), 1.5f);
+    test_support::RemoveVirtualScreen(startup);
+  }
+
+  void startUpDpi_staysWhenThePrimaryChangesOrGoes() {
     QCOMPARE(DPIHelper::GetStartUpDPI(), 1.5f);
     QScreen* later = test_support::AddVirtualScreen(QRect(0, 5000, 400, 300), 2.0, "later");
     test_support::SetPrimaryVirtualScreen(later);
     QCOMPARE(QGuiApplication::primaryScreen(), later);
     QCOMPARE(DPIHelper::GetStartUpDPI(), 1.5f);
     test_support::RemoveVirtualScreen(later);
-    test_support::RemoveVirtualScreen(startup);
     QCOMPARE(DPIHelper::GetStartUpDPI(), 1.5f);
   }
 

@@ -482,6 +482,79 @@ class tst_EventHooker : public QObject {
     QCOMPARE(second_calls, 1);
   }
 
+  // The callback's captures fit in std::function's own storage: replacing the callback on the
+  // spot would overwrite them under the running call, which would then read the new ones.
+  void ownHooker_callbackReplacesItself_runningCallKeepsItsCaptures() {
+    Probe<QObject> target;
+    EventHooker hooker;
+    struct Shared {
+      EventHooker* hooker;
+      QObject* target;
+      QList<int> seen;
+    } shared{&hooker, &target, {}};
+    hooker.RegisterEventCallback([state = &shared, tag = 1](QObject* watched, QEvent*) {
+      if (watched != state->target) return false;
+      state->hooker->RegisterEventCallback([state, tag = 2](QObject* watched, QEvent*) {
+        if (watched == state->target) state->seen << tag;
+        return false;
+      });
+      state->seen << tag;
+      return true;
+    });
+    QEvent user(QEvent::User);
+    QCoreApplication::sendEvent(&target, &user);
+    QCOMPARE(shared.seen, QList<int>{1});
+    QCOMPARE(target.Received(QEvent::User), 0);
+    // The new callback serves the next event and lets it through.
+    QCoreApplication::sendEvent(&target, &user);
+    QCOMPARE(shared.seen, (QList<int>{1, 2}));
+    QCOMPARE(target.Received(QEvent::User), 1);
+  }
+
+  // The replaced callback owns the only reference to its payload; it must outlive its own call
+  // (ASan reports the use after free otherwise) and go away right after it.
+  void ownHooker_callbackReplacesItself_isReleasedAfterItsCall() {
+    Probe<QObject> target;
+    EventHooker hooker;
+    auto payload = std::make_shared<std::string>("first callback");
+    std::weak_ptr<std::string> watch = payload;
+    std::string read_after_replacing;
+    int second_calls = 0;
+    hooker.RegisterEventCallback([&, payload = std::move(payload)](QObject* watched, QEvent*) {
+      if (watched != &target) return false;
+      hooker.RegisterEventCallback([&](QObject* watched, QEvent*) {
+        second_calls += watched == &target;
+        return false;
+      });
+      read_after_replacing = *payload;
+      return false;
+    });
+    QEvent user(QEvent::User);
+    QCoreApplication::sendEvent(&target, &user);
+    QCOMPARE(read_after_replacing, std::string("first callback"));
+    QVERIFY(watch.expired());
+    QCOMPARE(second_calls, 0);
+    QCoreApplication::sendEvent(&target, &user);
+    QCOMPARE(second_calls, 1);
+  }
+
+  void ownHooker_callbackClearsItself_nextEventPassesFreely() {
+    Probe<QObject> target;
+    EventHooker hooker;
+    int calls = 0;
+    hooker.RegisterEventCallback([&](QObject* watched, QEvent*) {
+      if (watched != &target) return false;
+      ++calls;
+      hooker.RegisterEventCallback(nullptr);
+      return true;
+    });
+    QEvent user(QEvent::User);
+    QCoreApplication::sendEvent(&target, &user);
+    QCoreApplication::sendEvent(&target, &user);
+    QCOMPARE(calls, 1);
+    QCOMPARE(target.Received(QEvent::User), 1);
+  }
+
   void ownHooker_destroyedStopsFiltering() {
     Probe<QObject> target;
     {

@@ -221,6 +221,33 @@ class tst_EventObserver : public QObject {
     QCOMPARE(target.received, 1);
   }
 
+  // Not the way the library makes them, but a client may: such an observer has no owner in the
+  // registry and works as a plain filter around its callback.
+  void observerInstalledByClient_filtersWithoutAnOwner() {
+    const size_t before = EventObserverCount();
+    Target target;
+    int calls = 0;
+    {
+      EventObserver observer;
+      observer.callback = [&](QObject* watched, QEvent* event) {
+        if (watched != &target || event->type() != kProbe) return false;
+        ++calls;
+        return true;
+      };
+      target.installEventFilter(&observer);
+      Send(&target);
+      QCOMPARE(calls, 1);
+      QCOMPARE(target.received, 0);
+      Send(&target, kOther);
+      QCOMPARE(target.other_received, 1);
+    }
+    // Destroyed by its maker, it filters no more.
+    Send(&target);
+    QCOMPARE(calls, 1);
+    QCOMPARE(target.received, 1);
+    QCOMPARE(EventObserverCount(), before);
+  }
+
   void nullTargetOrListener_logsAndCreatesNothing() {
     const size_t before = EventObserverCount();
     LogCapture capture(6);

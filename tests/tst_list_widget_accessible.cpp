@@ -4,10 +4,8 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QtTest>
-#include <algorithm>
 
 #include "qt_util/accessibility/list_widget_accessible.h"
-#include "support/interface_order.h"
 
 namespace {
 
@@ -124,33 +122,6 @@ class tst_ListWidgetAccessible : public QObject {
     QCOMPARE(iface->childAt(below_rows.x(), below_rows.y()), nullptr);
     const QPoint outside_list = list_->mapToGlobal(QPoint(-50, -50));
     QCOMPARE(iface->childAt(outside_list.x(), outside_list.y()), nullptr);
-  }
-
-  // Both classes fill Qt's own slots: each listed function overrides a virtual of the base,
-  // in this order.
-  void overrides_sitInQtSlotsInOrder() {
-    if (!test_support::kHasVirtualSlots) QSKIP("vtable layout not readable on this target");
-    using test_support::VirtualSlot;
-    const QVector<int> list_slots{VirtualSlot(&QFListWidgetAccessible::childAt),
-                                  VirtualSlot(&QFListWidgetAccessible::child),
-                                  VirtualSlot(&QFListWidgetAccessible::childCount)};
-    const QVector<int> item_slots{VirtualSlot(&QFListWidgetItemAccessible::isValid),
-                                  VirtualSlot(&QFListWidgetItemAccessible::object),
-                                  VirtualSlot(&QFListWidgetItemAccessible::childAt),
-                                  VirtualSlot(&QFListWidgetItemAccessible::parent),
-                                  VirtualSlot(&QFListWidgetItemAccessible::child),
-                                  VirtualSlot(&QFListWidgetItemAccessible::childCount),
-                                  VirtualSlot(&QFListWidgetItemAccessible::indexOfChild),
-                                  VirtualSlot(&QFListWidgetItemAccessible::text),
-                                  VirtualSlot(&QFListWidgetItemAccessible::setText),
-                                  VirtualSlot(&QFListWidgetItemAccessible::rect),
-                                  VirtualSlot(&QFListWidgetItemAccessible::role),
-                                  VirtualSlot(&QFListWidgetItemAccessible::state)};
-    for (const QVector<int>* order : {&list_slots, &item_slots}) {
-      QVERIFY(order->first() >= 2);  // after the two destructor slots
-      const auto not_increasing = [](int before, int after) { return before >= after; };
-      QVERIFY(std::adjacent_find(order->begin(), order->end(), not_increasing) == order->end());
-    }
   }
 
   void factory_ignoresOtherKeysAndObjects_data() {

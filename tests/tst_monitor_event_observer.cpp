@@ -3,20 +3,12 @@
 #include <QtTest>
 
 #include "qt_util/event_handler/monitor_event_observer.h"
-#include "support/interface_order.h"
 #include "support/virtual_screen.h"
 
 class tst_MonitorEventObserver : public QObject {
   Q_OBJECT
 
  private slots:
-  // Signal indices are part of the binary interface: the three keep their declaration order.
-  void signals_keepTheirOrder() {
-    QCOMPARE(test_support::DeclaredSignals(MonitorEventObserver::staticMetaObject),
-             (QStringList{"NotifyDisplayChange()", "NotifyDpiChanged()",
-                          "NotifySettingWorkAreaChange()"}));
-  }
-
   void madeObserver_isAsyncWithoutDelay() {
     MonitorEventObserver observer;
     QVERIFY(observer.IsAsync());
@@ -38,27 +30,6 @@ class tst_MonitorEventObserver : public QObject {
     QCOMPARE(observer.EnableAsyn(async, delay), async);
     QCOMPARE(observer.IsAsync(), async);
     QCOMPARE(observer.Delay(), delay);
-  }
-
-  void parent_ownsObserver() {
-    auto* parent = new QObject;
-    QPointer<MonitorEventObserver> observer = new MonitorEventObserver(parent);
-    QCOMPARE(observer->parent(), parent);
-    delete parent;
-    QVERIFY(observer.isNull());
-  }
-
-  void signalsEmittedByPlatformCode_reachReceivers() {
-    MonitorEventObserver observer;
-    QSignalSpy display(&observer, &MonitorEventObserver::NotifyDisplayChange);
-    QSignalSpy dpi(&observer, &MonitorEventObserver::NotifyDpiChanged);
-    QSignalSpy work_area(&observer, &MonitorEventObserver::NotifySettingWorkAreaChange);
-    emit observer.NotifyDpiChanged();
-    emit observer.NotifySettingWorkAreaChange();
-    emit observer.NotifySettingWorkAreaChange();
-    QCOMPARE(display.count(), 0);
-    QCOMPARE(dpi.count(), 1);
-    QCOMPARE(work_area.count(), 2);
   }
 
   // Deciding when to announce a change is the platform layer's job: the observer itself never

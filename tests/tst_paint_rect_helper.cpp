@@ -64,6 +64,19 @@ struct Meeting {
   }
 };
 
+// A shown, active meeting whose tile is bound to a recording helper.
+struct BoundMeeting : Meeting {
+  Recorder recorder;
+  QTPaintRectHelper helper;
+
+  // False when the window could not be activated; then nothing is bound.
+  bool Start(QTPaintRectHelper::BindType type) {
+    if (!ShowActive()) return false;
+    helper.BindWidget(tile, recorder.Callback(), type);
+    return true;
+  }
+};
+
 QRect GlobalRect(const QWidget* widget) {
   return QRect(widget->mapToGlobal(QPoint(0, 0)), widget->size());
 }
@@ -134,132 +147,105 @@ class tst_PaintRectHelper : public QObject {
 };
 
 void tst_PaintRectHelper::bindInActiveWindow_reportsVisibleOnceWithGlobalRect() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kDefault);
-  QCOMPARE(recorder.Count(), 1);
-  QCOMPARE(recorder.Last().widget, meeting.tile);
-  QVERIFY(recorder.Last().visible);
-  QCOMPARE(recorder.Last().rect, GlobalRect(meeting.tile));
-  QCOMPARE(recorder.Last().rect.size(), QSize(160, 90));
-  QVERIFY(helper.EverVisible());
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kDefault));
+  QCOMPARE(meeting.recorder.Count(), 1);
+  QCOMPARE(meeting.recorder.Last().widget, meeting.tile);
+  QVERIFY(meeting.recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Last().rect, GlobalRect(meeting.tile));
+  QCOMPARE(meeting.recorder.Last().rect.size(), QSize(160, 90));
+  QVERIFY(meeting.helper.EverVisible());
 }
 
 void tst_PaintRectHelper::recomputeWithNothingChanged_callsNothing() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kDefault);
-  helper.ReUpdate();
-  helper.NotifyPaintRectChanged(QEvent::None);
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kDefault));
+  meeting.helper.ReUpdate();
+  meeting.helper.NotifyPaintRectChanged(QEvent::None);
   meeting.tile->show();  // already shown: no event, no change
-  QCOMPARE(recorder.Count(), 1);
+  QCOMPARE(meeting.recorder.Count(), 1);
 }
 
 void tst_PaintRectHelper::topLevelMove_reportsTheNewRectWithTheSameFlag() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kDefault);
-  const QRect before = recorder.Last().rect;
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kDefault));
+  const QRect before = meeting.recorder.Last().rect;
   meeting.window->move(meeting.window->pos() + QPoint(37, 21));
-  QTRY_COMPARE(recorder.Count(), 2);
-  QVERIFY(recorder.Last().visible);
-  QCOMPARE(recorder.Last().rect, before.translated(37, 21));
-  QCOMPARE(recorder.Last().rect, GlobalRect(meeting.tile));
+  QTRY_COMPARE(meeting.recorder.Count(), 2);
+  QVERIFY(meeting.recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Last().rect, before.translated(37, 21));
+  QCOMPARE(meeting.recorder.Last().rect, GlobalRect(meeting.tile));
 }
 
 void tst_PaintRectHelper::ancestorMove_reportsTheNewGlobalRect() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kDefault);
-  const QRect before = recorder.Last().rect;
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kDefault));
+  const QRect before = meeting.recorder.Last().rect;
   meeting.panel->move(meeting.panel->pos() + QPoint(-7, 12));
-  QCOMPARE(recorder.Count(), 2);
-  QVERIFY(recorder.Last().visible);
-  QCOMPARE(recorder.Last().rect, before.translated(-7, 12));
+  QCOMPARE(meeting.recorder.Count(), 2);
+  QVERIFY(meeting.recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Last().rect, before.translated(-7, 12));
 }
 
 void tst_PaintRectHelper::ancestorResizeAlone_recomputesNothing_boundWidgetResize_does() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kDefault);
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kDefault));
   // Forgetting the last report makes any recomputation report, so none may happen here.
-  helper.ResetData();
+  meeting.helper.ResetData();
   meeting.panel->resize(meeting.panel->size() + QSize(30, 20));
-  QCOMPARE(recorder.Count(), 1);
+  QCOMPARE(meeting.recorder.Count(), 1);
 
   meeting.tile->resize(200, 120);
-  QCOMPARE(recorder.Count(), 2);
-  QVERIFY(recorder.Last().visible);
-  QCOMPARE(recorder.Last().rect, GlobalRect(meeting.tile));
-  QCOMPARE(recorder.Last().rect.size(), QSize(200, 120));
+  QCOMPARE(meeting.recorder.Count(), 2);
+  QVERIFY(meeting.recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Last().rect, GlobalRect(meeting.tile));
+  QCOMPARE(meeting.recorder.Last().rect.size(), QSize(200, 120));
 }
 
 void tst_PaintRectHelper::minimised_withTopWindowState_isNotVisible() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), QTPaintRectHelper::CheckTopWindowState);
-  QVERIFY(recorder.Last().visible);
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(QTPaintRectHelper::CheckTopWindowState));
+  QVERIFY(meeting.recorder.Last().visible);
   meeting.window->showMinimized();
-  QTRY_COMPARE(recorder.Count(), 2);
-  QVERIFY(!recorder.Last().visible);
-  QCOMPARE(recorder.Last().rect, GlobalRect(meeting.tile));
+  QTRY_COMPARE(meeting.recorder.Count(), 2);
+  QVERIFY(!meeting.recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Last().rect, GlobalRect(meeting.tile));
 }
 
 void tst_PaintRectHelper::minimised_withoutTopWindowState_followsIsHiddenOnly() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), QTPaintRectHelper::BindType(0));
-  QVERIFY(recorder.Last().visible);
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(QTPaintRectHelper::BindType(0)));
+  QVERIFY(meeting.recorder.Last().visible);
   meeting.window->showMinimized();
   QTRY_VERIFY(meeting.window->isMinimized());
   meeting.panel->hide();  // an ancestor does not count without CheckParentVisible
-  QCOMPARE(recorder.Count(), 1);
+  QCOMPARE(meeting.recorder.Count(), 1);
   meeting.panel->show();
-  QCOMPARE(recorder.Count(), 1);
+  QCOMPARE(meeting.recorder.Count(), 1);
 
   meeting.tile->hide();
-  QCOMPARE(recorder.Count(), 2);
-  QVERIFY(!recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Count(), 2);
+  QVERIFY(!meeting.recorder.Last().visible);
   meeting.tile->show();
-  QCOMPARE(recorder.Count(), 3);
-  QVERIFY(recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Count(), 3);
+  QVERIFY(meeting.recorder.Last().visible);
 }
 
 void tst_PaintRectHelper::hiddenAncestor_withParentRule_isNotVisible() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), QTPaintRectHelper::CheckParentVisible);
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(QTPaintRectHelper::CheckParentVisible));
   meeting.panel->hide();
-  QCOMPARE(recorder.Count(), 2);
-  QVERIFY(!recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Count(), 2);
+  QVERIFY(!meeting.recorder.Last().visible);
   meeting.panel->show();
-  QCOMPARE(recorder.Count(), 3);
-  QVERIFY(recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Count(), 3);
+  QVERIFY(meeting.recorder.Last().visible);
 }
 
 void tst_PaintRectHelper::inactiveWindow_isNotVisibleOnLinux() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kDefault);
-  QVERIFY(recorder.Last().visible);
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kDefault));
+  QVERIFY(meeting.recorder.Last().visible);
 
   QWidget other;
   other.setGeometry(900, 80, 100, 100);
@@ -268,14 +254,14 @@ void tst_PaintRectHelper::inactiveWindow_isNotVisibleOnLinux() {
   other.activateWindow();
   QVERIFY(QTest::qWaitForWindowActive(&other));
   // No native point is inside a window on Linux, so an inactive window hides its tiles.
-  QTRY_COMPARE(recorder.Count(), 2);
-  QVERIFY(!recorder.Last().visible);
-  QCOMPARE(recorder.Last().rect, GlobalRect(meeting.tile));
+  QTRY_COMPARE(meeting.recorder.Count(), 2);
+  QVERIFY(!meeting.recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Last().rect, GlobalRect(meeting.tile));
 
   meeting.window->activateWindow();
   QVERIFY(QTest::qWaitForWindowActive(meeting.window.get()));
-  QTRY_COMPARE(recorder.Count(), 3);
-  QVERIFY(recorder.Last().visible);
+  QTRY_COMPARE(meeting.recorder.Count(), 3);
+  QVERIFY(meeting.recorder.Last().visible);
 }
 
 void tst_PaintRectHelper::mousePressInTheSameWindow_withType7_isNotVisibleUntilTheNextMove() {
@@ -326,19 +312,16 @@ void tst_PaintRectHelper::mousePressInAnotherWindow_changesNothing() {
 }
 
 void tst_PaintRectHelper::nativeMouseDown_recomputes() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kAllRules);
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kAllRules));
   SendLeftPress(meeting.panel);
-  QVERIFY(!recorder.Last().visible);
+  QVERIFY(!meeting.recorder.Last().visible);
 
   // A native mouse-down anywhere recomputes without the press as its cause.
   QObject platform_layer;
   SendCustom(&platform_layer, NativeMouseDownEvent::QEventType());
-  QCOMPARE(recorder.Count(), 3);
-  QVERIFY(recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Count(), 3);
+  QVERIFY(meeting.recorder.Last().visible);
 
   // Without CheckTopWindowState it is ignored.
   Recorder parent_only;
@@ -350,12 +333,9 @@ void tst_PaintRectHelper::nativeMouseDown_recomputes() {
 }
 
 void tst_PaintRectHelper::noNativeWindow_reportsFalseWithAnEmptyRectAtTheOrigin() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kDefault);
-  QVERIFY(recorder.Last().visible);
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kDefault));
+  QVERIFY(meeting.recorder.Last().visible);
 
   // Into a window that was never shown, so has no native window yet.
   QWidget unshown;
@@ -363,12 +343,12 @@ void tst_PaintRectHelper::noNativeWindow_reportsFalseWithAnEmptyRectAtTheOrigin(
   QCOMPARE(unshown.effectiveWinId(), WId(0));
   meeting.tile->setParent(&unshown);
   meeting.tile->show();
-  QCOMPARE(recorder.Last().widget, meeting.tile);
-  QVERIFY(!recorder.Last().visible);
-  QCOMPARE(recorder.Last().rect, QRect(0, 0, 0, 0));
-  QCOMPARE(recorder.Last().rect.topLeft(), QPoint(0, 0));
+  QCOMPARE(meeting.recorder.Last().widget, meeting.tile);
+  QVERIFY(!meeting.recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Last().rect, QRect(0, 0, 0, 0));
+  QCOMPARE(meeting.recorder.Last().rect.topLeft(), QPoint(0, 0));
 
-  // A fresh binding there finds what a fresh helper starts from: nothing to report.
+  // A fresh binding there finds what a fresh meeting.helper starts from: nothing to report.
   Recorder fresh;
   QTPaintRectHelper second;
   second.BindWidget(meeting.tile, fresh.Callback(), kDefault);
@@ -562,21 +542,18 @@ void tst_PaintRectHelper::unbind_givesNoFinalCallbackAndRemovesEveryFilter() {
 }
 
 void tst_PaintRectHelper::destroyedAncestor_leavesTheWatchedList() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kDefault);
-  QCOMPARE(helper.WatchedObjects().size(), 3);
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kDefault));
+  QCOMPARE(meeting.helper.WatchedObjects().size(), 3);
 
-  // Connected after the helper's own handler, so it runs after it: the panel is gone from the
-  // list while its children, the tile among them, still exist.
+  // Connected after the meeting.helper's own handler, so it runs after it: the panel is gone from
+  // the list while its children, the tile among them, still exist.
   int watched_when_panel_died = -1;
   bool panel_listed = true;
   connect(meeting.panel, &QObject::destroyed, this, [&](QObject* panel) {
-    watched_when_panel_died = helper.WatchedObjects().size();
+    watched_when_panel_died = meeting.helper.WatchedObjects().size();
     panel_listed = false;
-    for (const QPointer<QObject>& entry : helper.WatchedObjects()) {
+    for (const QPointer<QObject>& entry : meeting.helper.WatchedObjects()) {
       panel_listed = panel_listed || entry.data() == panel;
     }
   });
@@ -584,10 +561,10 @@ void tst_PaintRectHelper::destroyedAncestor_leavesTheWatchedList() {
   QCOMPARE(watched_when_panel_died, 2);
   QVERIFY(!panel_listed);
   // Then the tile died with it and was reported.
-  QCOMPARE(recorder.Last().widget, meeting.tile);
-  QVERIFY(!recorder.Last().visible);
-  QVERIFY(helper.WatchedObjects().isEmpty());
-  QVERIFY(!HasEventFilter(meeting.window.get(), &helper));
+  QCOMPARE(meeting.recorder.Last().widget, meeting.tile);
+  QVERIFY(!meeting.recorder.Last().visible);
+  QVERIFY(meeting.helper.WatchedObjects().isEmpty());
+  QVERIFY(!HasEventFilter(meeting.window.get(), &meeting.helper));
 }
 
 void tst_PaintRectHelper::boundWidgetDestroyed_reportsFalseOnce() {
@@ -641,19 +618,16 @@ void tst_PaintRectHelper::helperDestroyedWhileBound_leavesNoFilterOrTimer() {
 }
 
 void tst_PaintRectHelper::resetData_reportsTheSameStateAgain() {
-  Meeting meeting;
-  QVERIFY(meeting.ShowActive());
-  Recorder recorder;
-  QTPaintRectHelper helper;
-  helper.BindWidget(meeting.tile, recorder.Callback(), kDefault);
-  QVERIFY(helper.EverVisible());
-  helper.ResetData();
-  QVERIFY(!helper.EverVisible());
-  helper.ReUpdate();
-  QCOMPARE(recorder.Count(), 2);
-  QVERIFY(recorder.Last().visible);
-  QCOMPARE(recorder.Last().rect, recorder.reports.front().rect);
-  QVERIFY(helper.EverVisible());
+  BoundMeeting meeting;
+  QVERIFY(meeting.Start(kDefault));
+  QVERIFY(meeting.helper.EverVisible());
+  meeting.helper.ResetData();
+  QVERIFY(!meeting.helper.EverVisible());
+  meeting.helper.ReUpdate();
+  QCOMPARE(meeting.recorder.Count(), 2);
+  QVERIFY(meeting.recorder.Last().visible);
+  QCOMPARE(meeting.recorder.Last().rect, meeting.recorder.reports.front().rect);
+  QVERIFY(meeting.helper.EverVisible());
 }
 
 void tst_PaintRectHelper::fiftyHelpers_boundAndUnboundInRandomOrder() {

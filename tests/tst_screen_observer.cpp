@@ -4,7 +4,6 @@
 #include <QtTest>
 
 #include "qt_util/event_handler/screen_observer.h"
-#include "support/interface_order.h"
 #include "support/virtual_screen.h"
 
 using test_support::AddVirtualScreen;
@@ -38,14 +37,6 @@ class tst_ScreenObserver : public QObject {
     for (QScreen* screen : screens) {
       if (!platform_screens_.contains(screen)) RemoveVirtualScreen(screen);
     }
-  }
-
-  // Signal indices are part of the binary interface (queued and string-based connections of
-  // older clients resolve them): the three keep their declaration order.
-  void signals_keepTheirOrder() {
-    QCOMPARE(test_support::DeclaredSignals(QtScreenObserver::staticMetaObject),
-             (QStringList{"OnScreenGeometryChanged(QScreen*,QRect)",
-                          "OnPrimaryScreenChanged(QScreen*)", "OnScreenListChanged()"}));
   }
 
   void addedScreen_emitsOneListChange_thenItsWorkAreaChanges() {

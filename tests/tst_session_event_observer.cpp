@@ -2,7 +2,6 @@
 #include <vector>
 
 #include "qt_util/event_handler/session_event_observer.h"
-#include "support/interface_order.h"
 #include "support/log_capture.h"
 
 class tst_SessionEventObserver : public QObject {
@@ -15,11 +14,6 @@ class tst_SessionEventObserver : public QObject {
     QCOMPARE(SessionEventObserver::Instance(), first);
     QCOMPARE(SessionEventObserver::Instance(), first);
     QVERIFY(!first->parent());
-  }
-
-  void notifySessionChange_isTheOnlySignal() {
-    QCOMPARE(test_support::DeclaredSignals(SessionEventObserver::staticMetaObject),
-             QStringList{"NotifySessionChange(bool)"});
   }
 
   void lockAndUnlock_reachHandler() {

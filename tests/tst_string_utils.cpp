@@ -2,11 +2,15 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <random>
 #include <string>
 #include <thread>
 
 #include "qt_util/string_utils.h"
+#include "support/stepwise_html_encode.h"
 
 namespace {
 
@@ -22,6 +26,33 @@ QByteArray ReadBytes(const QString& path) {
 bool WriteBytes(const QString& path, const QByteArray& bytes) {
   QFile file(path);
   return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+
+// Text drawn from the characters HtmlEncode treats specially, plain letters, a non-Latin letter
+// and a surrogate pair, so that every pair of neighbours (a "\r" before "\r\n" too) turns up.
+QString GeneratedText(std::mt19937& random, int length) {
+  static const QString pieces[] = {"&",
+                                   " ",
+                                   "<",
+                                   ">",
+                                   "\"",
+                                   "'",
+                                   "\r",
+                                   "\n",
+                                   "\v",
+                                   "\r\n",
+                                   "a",
+                                   "Z",
+                                   ";",
+                                   "#",
+                                   QStringLiteral("\u00e9"),
+                                   kGrin,
+                                   QStringLiteral("&amp;"),
+                                   QStringLiteral("\t")};
+  std::uniform_int_distribution<int> pick(0, int(std::size(pieces)) - 1);
+  QString text;
+  while (text.size() < length) text += pieces[pick(random)];
+  return text;
 }
 
 }  // namespace
@@ -60,6 +91,27 @@ class tst_StringUtils : public QObject {
     QString text = input;
     QTStringUtils::HtmlEncode(text);
     QCOMPARE(text, expected);
+  }
+
+  void htmlEncode_generatedText_matchesStepwiseReplacement() {
+    std::mt19937 random(20261123);
+    for (int length : {1, 2, 3, 5, 8, 13, 64, 500, 4096, 1 << 20}) {
+      const int rounds = length > 4096 ? 1 : 200;
+      for (int round = 0; round < rounds; ++round) {
+        const QString input = GeneratedText(random, length);
+        QString expected = input;
+        test_support::StepwiseHtmlEncode(expected);
+        QString text = input;
+        QTStringUtils::HtmlEncode(text);
+        if (text != expected) {
+          int at = 0;
+          while (at < text.size() && at < expected.size() && text[at] == expected[at]) ++at;
+          // Shows where they part.
+          QCOMPARE(text.mid(std::max(0, at - 20), 60), expected.mid(std::max(0, at - 20), 60));
+          QCOMPARE(text.size(), expected.size());
+        }
+      }
+    }
   }
 
   void qStr2StdStr_isUtf8() {

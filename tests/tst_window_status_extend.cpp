@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "qt_util/event_handler/window_status_extend.h"
-#include "support/interface_order.h"
 
 namespace {
 
@@ -89,25 +88,6 @@ class tst_WindowStatusExtend : public QObject {
     NotifyAll(base, &info);
     QCOMPARE(recording.calls, (QStringList{"willEnter", "willLeave", "didLeave", "didEnter",
                                            "resize", "becomeKey", "resignKey"}));
-  }
-
-  // Platform layers elsewhere override these by slot; did-leave sits before did-enter, unlike
-  // the will pair, and must stay there.
-  void notifications_keepTheirVtableSlots() {
-    if (!test_support::kHasVirtualSlots) QSKIP("vtable layout not readable on this target");
-    using test_support::VirtualSlot;
-    // Slots 0 and 1 are the complete and the deleting destructor.
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::WindowWillEnterFullScreen), 2);
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::WindowWillLeaveFullScreen), 3);
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::WindowDidLeaveFullScreen), 4);
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::WindowDidEnterFullScreen), 5);
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::WindowDidResize), 6);
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::WindowDidBecomeKey), 7);
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::WindowDidResignKey), 8);
-    // The rest of the interface is not virtual.
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::IsFullScreen), -1);
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::LeaveFullScreen), -1);
-    QCOMPARE(VirtualSlot(&WindowStatusExtend::SetObserverWidget), -1);
   }
 
   void sharedFromThis_givesTheOwningPointer() {

@@ -27,14 +27,6 @@ struct Report {
   QRect rect;
 };
 
-QString RectText(const QRect& rect) {
-  return QStringLiteral("%1x%2+%3+%4")
-      .arg(rect.width())
-      .arg(rect.height())
-      .arg(rect.x())
-      .arg(rect.y());
-}
-
 // Runs the event loop until `done` holds or `timeout_ms` pass; returns `done()`.
 bool RunUntil(const std::function<bool()>& done, int timeout_ms) {
   QElapsedTimer clock;
@@ -113,8 +105,9 @@ int RunVideoTiles(QApplication&, const QString& out_dir) {
   QMap<QWidget*, Report> last;
   const auto print = [&last](QWidget* tile, bool visible, QRect rect) {
     last[tile] = {visible, rect};
-    gallery::Say(QStringLiteral("  %1: %2 %3")
-                     .arg(tile->objectName(), visible ? "visible" : "hidden", RectText(rect)));
+    gallery::Say(
+        QStringLiteral("  %1: %2 %3")
+            .arg(tile->objectName(), visible ? "visible" : "hidden", gallery::RectText(rect)));
   };
   using Type = QTPaintRectHelper::BindType;
   const Type default_rules =

@@ -19,13 +19,13 @@ void Free(const Entry& entry) {
 thread_local bool t_torn_down = false;
 
 struct Store {
-  std::unordered_map<std::string, Entry> entries;
+  std::unordered_map<std::string, Entry> entries_;
 
   ~Store() {
     t_torn_down = true;
     // A deleter may itself touch the store; take the entries out first.
-    auto taken = std::move(entries);
-    entries.clear();
+    auto taken = std::move(entries_);
+    entries_.clear();
     for (auto& item : taken) Free(item.second);
   }
 };
@@ -41,8 +41,8 @@ Store* CurrentStore() {
 void* ThreadLocal::GetValue(const std::string& key) {
   if (t_torn_down) return nullptr;
   Store* store = CurrentStore();
-  auto it = store->entries.find(key);
-  return it == store->entries.end() ? nullptr : it->second.value;
+  auto it = store->entries_.find(key);
+  return it == store->entries_.end() ? nullptr : it->second.value;
 }
 
 void ThreadLocal::SetValue(const std::string& key, void* value, void (*deleter)(void*)) {
@@ -51,7 +51,7 @@ void ThreadLocal::SetValue(const std::string& key, void* value, void (*deleter)(
     Free(Entry{value, deleter});
     return;
   }
-  auto [it, inserted] = store->entries.try_emplace(key, Entry{value, deleter});
+  auto [it, inserted] = store->entries_.try_emplace(key, Entry{value, deleter});
   if (!inserted) {
     Entry previous = it->second;
     it->second = Entry{value, deleter};

@@ -38,61 +38,65 @@ const QMouseEvent* LeftButtonEvent(const QEvent* event) {
   return mouse_event && mouse_event->button() == Qt::LeftButton ? mouse_event : nullptr;
 }
 
-// The four types HandleGlobalEvent acts on. Tested by the global callback before the call,
-// so that the events of every other type (nearly all of them) do not pay for the handler's
-// frame, which is large because of the message formatting.
-bool IsHookedEventType(QEvent::Type type) {
-  switch (type) {
-    case QEvent::MouseButtonRelease:
-    case QEvent::MouseButtonPress:
-    case QEvent::Show:
-    case QEvent::ContextMenu:
-      return true;
-    default:
-      return false;
+// HandleGlobalEvent sees every event of the process, and nearly all of them leave it at the
+// switch: its branches live in functions of their own so that it needs no stack frame to get
+// there.
+
+Q_NEVER_INLINE bool HandleRelease(QObject* watched, QEvent* event) {
+  const QMouseEvent* mouse_event = LeftButtonEvent(event);
+  if (!mouse_event) return false;
+  auto* button = qobject_cast<QAbstractButton*>(watched);
+  // A release dragged off the button is no click.
+  if (!button || !button->isDown() || !button->rect().contains(mouse_event->pos())) {
+    return false;
   }
+  return HandleButtonClick(button);
 }
 
-Q_NEVER_INLINE bool HandleGlobalEvent(QObject* watched, QEvent* event) {
+// The press branch. An overload of HandleGlobalEvent rather than a helper of its own name,
+// because its log line names HandleGlobalEvent as the function it comes from.
+Q_NEVER_INLINE bool HandleGlobalEvent(QWidget* widget) {
+  const QPoint cursor = QCursor::pos();
+  QTU_LOG(base::log::kLevelInfo) << "Click Widget Stack "
+                                 << QTStringUtils::QStr2StdStr(widget->objectName())
+                                 << " ,accessibleName:"
+                                 << QTStringUtils::QStr2StdStr(widget->accessibleName())
+                                 << ", pos={" << cursor.x() << "," << cursor.y() << "}";
+  QMessageLogger(__FILE__, __LINE__, kHandleGlobalEventSignature)
+      .debug("Click Widget ObjName: %s, ClassName: %s, Visible: %d, Hidden: %d",
+             widget->objectName().toUtf8().constData(), widget->metaObject()->className(),
+             widget->isVisible() ? 1 : 0, widget->isHidden() ? 1 : 0);
+  return false;
+}
+
+Q_NEVER_INLINE bool HandleShow(QObject* watched) {
+  if (!watched->isWidgetType()) return false;
+  auto* widget = static_cast<QWidget*>(watched);
+  if (widget->parentWidget()) return false;
+  const QRect geometry = widget->geometry();
+  QMessageLogger(__FILE__, __LINE__, kHandleGlobalEventSignature)
+      .debug("Widget Show without parent widget [%p, %s], (%d, %d)",
+             static_cast<const void*>(widget), widget->objectName().toUtf8().constData(),
+             geometry.width(), geometry.height());
+  return false;
+}
+
+Q_NEVER_INLINE bool HandleContextMenu(QObject* watched) {
+  // A scroll bar's own menu (scroll here, top, bottom...) is noise in the client's views.
+  return watched->isWidgetType() && qobject_cast<QScrollBar*>(watched) != nullptr;
+}
+
+bool HandleGlobalEvent(QObject* watched, QEvent* event) {
   switch (event->type()) {
-    case QEvent::MouseButtonRelease: {
-      const QMouseEvent* mouse_event = LeftButtonEvent(event);
-      if (!mouse_event) return false;
-      auto* button = qobject_cast<QAbstractButton*>(watched);
-      // A release dragged off the button is no click.
-      if (!button || !button->isDown() || !button->rect().contains(mouse_event->pos())) {
-        return false;
-      }
-      return HandleButtonClick(button);
-    }
-    case QEvent::MouseButtonPress: {
+    case QEvent::MouseButtonRelease:
+      return HandleRelease(watched, event);
+    case QEvent::MouseButtonPress:
       if (!LeftButtonEvent(event) || !watched->isWidgetType()) return false;
-      auto* widget = static_cast<QWidget*>(watched);
-      const QPoint cursor = QCursor::pos();
-      QTU_LOG(base::log::kLevelInfo)
-          << "Click Widget Stack " << QTStringUtils::QStr2StdStr(widget->objectName())
-          << " ,accessibleName:" << QTStringUtils::QStr2StdStr(widget->accessibleName())
-          << ", pos={" << cursor.x() << "," << cursor.y() << "}";
-      QMessageLogger(__FILE__, __LINE__, kHandleGlobalEventSignature)
-          .debug("Click Widget ObjName: %s, ClassName: %s, Visible: %d, Hidden: %d",
-                 widget->objectName().toUtf8().constData(), widget->metaObject()->className(),
-                 widget->isVisible() ? 1 : 0, widget->isHidden() ? 1 : 0);
-      return false;
-    }
-    case QEvent::Show: {
-      if (!watched->isWidgetType()) return false;
-      auto* widget = static_cast<QWidget*>(watched);
-      if (widget->parentWidget()) return false;
-      const QRect geometry = widget->geometry();
-      QMessageLogger(__FILE__, __LINE__, kHandleGlobalEventSignature)
-          .debug("Widget Show without parent widget [%p, %s], (%d, %d)",
-                 static_cast<const void*>(widget), widget->objectName().toUtf8().constData(),
-                 geometry.width(), geometry.height());
-      return false;
-    }
+      return HandleGlobalEvent(static_cast<QWidget*>(watched));
+    case QEvent::Show:
+      return HandleShow(watched);
     case QEvent::ContextMenu:
-      // A scroll bar's own menu (scroll here, top, bottom...) is noise in the client's views.
-      return watched->isWidgetType() && qobject_cast<QScrollBar*>(watched) != nullptr;
+      return HandleContextMenu(watched);
     default:
       return false;
   }
@@ -111,12 +115,24 @@ EventHooker::EventHooker(QObject* parent) : QObject(parent) {
 }
 
 void EventHooker::RegisterEventCallback(std::function<bool(QObject*, QEvent*)> event_callback) {
+  if (running_ > 0) {
+    replacement_ = std::move(event_callback);
+    replaced_ = true;
+    return;
+  }
   callback = std::move(event_callback);
 }
 
 bool EventHooker::eventFilter(QObject* watched, QEvent* event) {
-  if (callback && callback(watched, event)) return true;
-  return QObject::eventFilter(watched, event);
+  if (!callback) return QObject::eventFilter(watched, event);
+  ++running_;
+  const bool consumed = callback(watched, event);
+  if (--running_ == 0 && replaced_) {
+    replaced_ = false;
+    callback = std::move(replacement_);
+    replacement_ = nullptr;
+  }
+  return consumed || QObject::eventFilter(watched, event);
 }
 
 void EventHooker::InitGlobalEventHooker() {
@@ -127,7 +143,6 @@ void EventHooker::InitGlobalEventHooker() {
     return;
   }
   g_global_hooker = std::make_shared<EventHooker>();
-  g_global_hooker->RegisterEventCallback([](QObject* watched, QEvent* event) {
-    return IsHookedEventType(event->type()) && HandleGlobalEvent(watched, event);
-  });
+  g_global_hooker->RegisterEventCallback(
+      [](QObject* watched, QEvent* event) { return HandleGlobalEvent(watched, event); });
 }

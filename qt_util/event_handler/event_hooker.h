@@ -23,7 +23,9 @@ class QT_UTIL_EXPORT EventHooker : public QObject {
   explicit EventHooker(QObject* parent = nullptr);
 
   /// Replaces the callback; only the last one registered is called. An empty function
-  /// lets every event through.
+  /// lets every event through. Called while the callback runs (from inside it, or from a
+  /// nested event loop it started), the running call finishes with everything it captured
+  /// intact, and the new callback takes over once that call has returned.
   void RegisterEventCallback(std::function<bool(QObject*, QEvent*)> event_callback);
 
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -35,4 +37,9 @@ class QT_UTIL_EXPORT EventHooker : public QObject {
 
  private:
   std::function<bool(QObject*, QEvent*)> callback;
+  // While the callback runs, a replacement waits here: assigning it to `callback` would
+  // overwrite the running function's own captures under its frame.
+  int running_ = 0;
+  bool replaced_ = false;
+  std::function<bool(QObject*, QEvent*)> replacement_;
 };

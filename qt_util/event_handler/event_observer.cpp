@@ -12,9 +12,11 @@ namespace {
 std::set<std::shared_ptr<EventObserver>> g_observers;
 
 void Unregister(EventObserver* observer) {
-  // The temporary from shared_from_this keeps the observer alive until the statement ends,
-  // so the erase never runs on a half-destroyed object.
-  g_observers.erase(observer->shared_from_this());
+  // The temporary from lock() keeps the observer alive until the statement ends, so the erase
+  // never runs on a half-destroyed object.
+  if (const std::shared_ptr<EventObserver> owned = observer->weak_from_this().lock()) {
+    g_observers.erase(owned);
+  }
 }
 
 }  // namespace
@@ -26,8 +28,9 @@ EventObserver::~EventObserver() = default;
 bool EventObserver::eventFilter(QObject* watched, QEvent* event) {
   if (!callback) return QObject::eventFilter(watched, event);
   // A callback may destroy the listener (or delete another object that ends the listening):
-  // the observer then leaves the registry mid-call, and must outlive this frame.
-  const std::shared_ptr<EventObserver> self = shared_from_this();
+  // the observer then leaves the registry mid-call, and must outlive this frame. An observer a
+  // client made and installed itself has no owning pointer, and nothing here to keep alive.
+  const std::shared_ptr<EventObserver> self = weak_from_this().lock();
   ++running_;
   const bool consumed = callback(watched, event);
   if (--running_ == 0) released_ = nullptr;

@@ -10,7 +10,10 @@ class QEvent;
 
 /// The event filter behind QtEventObserver::ListenEvent. Instances are owned by a
 /// process-wide registry and leave it (and so are destroyed) when their target or listener
-/// is destroyed; client code never holds one.
+/// is destroyed; client code never needs to hold one.
+///
+/// One that a client builds and installs as an event filter itself works as a plain filter
+/// around `callback`, owned by whoever made it (it then has no shared owner, which is fine).
 class QT_UTIL_EXPORT EventObserver : public QObject,
                                      public std::enable_shared_from_this<EventObserver> {
   Q_OBJECT

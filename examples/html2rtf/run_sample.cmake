@@ -1,0 +1,22 @@
+cmake_minimum_required(VERSION 3.16)
+# Converts INPUT with HTML2RTF into OUTPUT and fails unless the command succeeds quietly and
+# writes one complete RTF document that carries the sample's pictures.
+get_filename_component(output_dir "${OUTPUT}" DIRECTORY)
+file(MAKE_DIRECTORY "${output_dir}")
+execute_process(COMMAND ${HTML2RTF} ${INPUT}
+  OUTPUT_FILE ${OUTPUT} ERROR_VARIABLE errors RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+  message(FATAL_ERROR "html2rtf failed (${status}): ${errors}")
+endif()
+if(NOT errors STREQUAL "")
+  message(FATAL_ERROR "html2rtf wrote to stderr: ${errors}")
+endif()
+file(READ ${OUTPUT} rtf)
+if(NOT rtf MATCHES "^{\\\\rtf1" OR NOT rtf MATCHES "}\n?$")
+  message(FATAL_ERROR "${OUTPUT} is not one RTF document")
+endif()
+if(NOT rtf MATCHES "\\\\pict")
+  message(FATAL_ERROR "${OUTPUT} carries none of the sample's pictures")
+endif()
+string(LENGTH "${rtf}" size)
+message(STATUS "${OUTPUT}: ${size} characters")
