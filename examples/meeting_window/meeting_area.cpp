@@ -111,7 +111,7 @@ MeetingToolbar::MeetingToolbar(QWidget* parent)
   // Every button is as wide as the widest label any of them can show, with room for an icon,
   // so that the toolbar keeps its size and place when a label changes.
   int width = 0;
-  for (const QString& label : {tr("Unmute"), tr("Stop share"), tr("Info"), tr("Leave")}) {
+  for (const QString& label : {tr("Unmute"), tr("Share"), tr("Stop"), tr("Info"), tr("Leave")}) {
     width = qMax(width, fontMetrics().horizontalAdvance(label));
   }
   for (QPushButton* button : {mute_, share_, info_, leave_}) {
@@ -127,7 +127,8 @@ void MeetingToolbar::SetMuted(bool muted) {
 }
 
 void MeetingToolbar::SetSharing(bool sharing) {
-  share_->setText(sharing ? tr("Stop share") : tr("Share"));
+  share_->setText(sharing ? tr("Stop") : tr("Share"));
+  share_->setToolTip(sharing ? tr("Stop sharing your screen") : tr("Share your screen"));
 }
 
 void MeetingToolbar::SetIcons(const QPixmap& mute, const QPixmap& share) {
@@ -215,7 +216,9 @@ void MeetingArea::resizeEvent(QResizeEvent* event) {
 }
 
 void MeetingArea::PlaceOverlays() {
-  const QSize toolbar_size = toolbar_->sizeHint();
+  // Never wider than the area, less a margin on each side.
+  const QSize toolbar_size(qMin(toolbar_->sizeHint().width(), width() - 2 * kToolbarMargin),
+                           toolbar_->sizeHint().height());
   toolbar_->setGeometry((width() - toolbar_size.width()) / 2,
                         height() - toolbar_size.height() - kToolbarMargin, toolbar_size.width(),
                         toolbar_size.height());
