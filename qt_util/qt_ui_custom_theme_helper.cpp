@@ -5,11 +5,10 @@
 #include <mutex>
 
 #include "base/common/include/logger.h"
-#include "base/singleton/scope_singleton.h"
+#include "qt_util/scope_singleton_p.h"
 
 namespace {
 
-// Atomic so that the unlocked first test of the double-checked creation is no data race.
 std::atomic<QTUICustomThemeHelper*> g_instance{nullptr};
 std::mutex g_instance_mutex;
 
@@ -18,24 +17,8 @@ std::mutex g_instance_mutex;
 ICustomThemeManager::~ICustomThemeManager() = default;
 
 QTUICustomThemeHelper* QTUICustomThemeHelper::SharedInstance() {
-  QTUICustomThemeHelper* instance = g_instance.load(std::memory_order_acquire);
-  if (instance) return instance;
-  std::lock_guard<std::mutex> lock(g_instance_mutex);
-  instance = g_instance.load(std::memory_order_relaxed);
-  if (!instance) {
-    instance = new QTUICustomThemeHelper;
-    g_instance.store(instance, std::memory_order_release);
-    base::RegisterScopeSingleton(&g_instance, [] {
-      QTUICustomThemeHelper* dying = nullptr;
-      {
-        std::lock_guard<std::mutex> lock(g_instance_mutex);
-        dying = g_instance.exchange(nullptr, std::memory_order_acq_rel);
-      }
-      // Outside the lock: the manager's destructor may well ask for the helper again.
-      delete dying;
-    });
-  }
-  return instance;
+  return qt_util::internal::ScopeSingletonInstance(g_instance, g_instance_mutex,
+                                                   [] { return new QTUICustomThemeHelper; });
 }
 
 QTUICustomThemeHelper::QTUICustomThemeHelper() {

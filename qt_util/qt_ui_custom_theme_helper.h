@@ -84,9 +84,12 @@ class QT_UTIL_EXPORT QTUICustomThemeHelper : public QObject {
   /// The manager's veto on applying `qss` to `widget`; true (allowed) without a manager.
   bool CheckSetupQss(QWidget* widget, const QString& qss);
 
+  /// Writes "qt ui custom theme helper dealloc" (level 6) and deletes the manager. Only the
+  /// end of the framework's singleton scope deletes the helper.
+  ~QTUICustomThemeHelper() override;
+
  private:
   QTUICustomThemeHelper();
-  ~QTUICustomThemeHelper() override;
 
   std::unique_ptr<ICustomThemeManager> manager_;
 };

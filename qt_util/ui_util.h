@@ -46,8 +46,8 @@ namespace VxQtUiUtil {
 /// file exists.
 QT_UTIL_EXPORT QString GetHdpiImagePath(double scale, const QString& path, const QString& suffix);
 
-/// GetHdpiImagePath with the device pixel ratio of `widget`'s top-level window. `widget` must
-/// not be null.
+/// GetHdpiImagePath with the device pixel ratio of `widget`'s top-level window. Pass a widget:
+/// a null one counts as ratio 1 (the "@2x" step).
 QT_UTIL_EXPORT QString GetHdpiImagePath(QWidget* widget, const QString& path,
                                         const QString& suffix);
 
@@ -57,8 +57,8 @@ QT_UTIL_EXPORT QString GetHdpiImagePath(QWidget* widget, const QString& path,
 /// the Qt info message "VxFind Res Invalid~(<path>)"; misses are not cached.
 QT_UTIL_EXPORT QPixmap GetHdpiImage(double scale, const QString& name);
 
-/// GetHdpiImage with the device pixel ratio of `widget`'s top-level window. `widget` must not
-/// be null.
+/// GetHdpiImage with the device pixel ratio of `widget`'s top-level window. Pass a widget: a
+/// null one counts as ratio 1 (the "@2x" step).
 QT_UTIL_EXPORT QPixmap GetHdpiImage(QWidget* widget, const QString& name);
 
 /// The themed SVG `name` rendered at `size` times the scale step, with that step as its device
@@ -70,8 +70,8 @@ QT_UTIL_EXPORT QPixmap GetHdpiImage(QWidget* widget, const QString& name);
 /// where a widget paints often. Any other size without area gives a null pixmap, not cached.
 QT_UTIL_EXPORT QPixmap GetHdpiImageSvg(double scale, const QString& name, const QSize& size);
 
-/// GetHdpiImageSvg with the device pixel ratio of `widget`'s top-level window. `widget` must not
-/// be null.
+/// GetHdpiImageSvg with the device pixel ratio of `widget`'s top-level window. Pass a widget: a
+/// null one counts as ratio 1 (the "@2x" step).
 QT_UTIL_EXPORT QPixmap GetHdpiImageSvg(QWidget* widget, const QString& name, const QSize& size);
 
 /// Whether `path` holds a valid SVG image; false for a missing or unreadable file.

@@ -38,12 +38,22 @@ QLatin1String ScaleSuffix(int step) {
   return step >= 3 ? QLatin1String("@3x") : QLatin1String("@2x");
 }
 
+// The raster cache key, built in one buffer per thread that every lookup reuses, so that a
+// cache hit allocates nothing. Valid until the next call on the same thread.
+const QString& RasterKey(const QString& themed, int step) {
+  thread_local QString key;
+  key.resize(0);  // keeps the buffer unless the cache still shares it
+  key.append(themed).append(ScaleSuffix(step));
+  return key;
+}
+
 QString ThemedPath(const QString& path) {
   return QTUICustomThemeHelper::SharedInstance()->GetCurrentThemeResPath(path);
 }
 
+// Callers must pass a widget; a null one gets the smallest step rather than a crash.
 double WindowRatio(QWidget* widget) {
-  return widget->window()->devicePixelRatioF();
+  return widget ? widget->window()->devicePixelRatioF() : 1.0;
 }
 
 }  // namespace
@@ -67,7 +77,7 @@ QPixmap GetHdpiImage(double scale, const QString& name) {
   const QString themed = ThemedPath(name);
   int step = ScaleStep(scale);
   // The key keeps the step asked for, whichever file is found below.
-  const QString key = themed + ScaleSuffix(step);
+  const QString& key = RasterKey(themed, step);
   QPixmap pixmap;
   if (QPixmapCache::find(key, &pixmap)) return pixmap;
 

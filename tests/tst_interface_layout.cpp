@@ -24,7 +24,7 @@ class tst_InterfaceLayout : public QObject {
   void screenObserver_signals();
   void monitorEventObserver_signals();
   void sessionEventObserver_signals();
-  void customThemeManager_operationsKeepTheirSlots();
+  void customThemeManager_operationSlots();
 };
 
 // Platform layers elsewhere override these by slot; did-leave sits before did-enter, unlike the
@@ -81,8 +81,8 @@ void tst_InterfaceLayout::sessionEventObserver_signals() {
            QStringList{"NotifySessionChange(bool)"});
 }
 
-// The client's theme engine implements these; the helper calls them by slot.
-void tst_InterfaceLayout::customThemeManager_operationsKeepTheirSlots() {
+// The client's theme engine implements these; the destructor is declared first.
+void tst_InterfaceLayout::customThemeManager_operationSlots() {
   if (!test_support::kHasVirtualSlots) QSKIP("vtable layout not readable on this target");
   const QList<int> actual{VirtualSlot(&ICustomThemeManager::CurrentThemeType),
                           VirtualSlot(&ICustomThemeManager::GetThemeColorStr),
@@ -94,7 +94,7 @@ void tst_InterfaceLayout::customThemeManager_operationsKeepTheirSlots() {
                           VirtualSlot(&ICustomThemeManager::IsCurrentDarkType),
                           VirtualSlot(&ICustomThemeManager::CheckThemeColorTokenValid),
                           VirtualSlot(&ICustomThemeManager::CheckSetupQss)};
-  // Slots 0 and 1 hold the two destructor entries: the destructor is declared first.
+  // After the two destructor entries, one slot each, without gaps.
   QList<int> expected;
   for (int slot = 2; slot < 12; ++slot) expected << slot;
   QCOMPARE(actual, expected);

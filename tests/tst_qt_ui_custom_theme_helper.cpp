@@ -15,6 +15,14 @@
 
 namespace {
 
+// The level-1 lines of the operations that several tests look for.
+constexpr char kThemeTypeLine[] =
+    "qt ui custom theme helper, current theme type failed! manager nullptr!";
+constexpr char kColorStrLine[] =
+    "qt ui custom theme helper, get theme color str failed! manager nullptr!";
+constexpr char kResPathLine[] = "qt ui custom theme helper, get current theme res path failed!";
+constexpr char kSetupQssLine[] = "qt ui custom theme helper, check setup qss failed!";
+
 // What a FakeThemeManager saw; shared with the test so it outlives the manager.
 struct ManagerRecord {
   QStringList calls;
@@ -77,6 +85,12 @@ class FakeThemeManager : public ICustomThemeManager {
   bool dark_;
 };
 
+// Creates an empty file; false when it cannot.
+bool Touch(const QString& path) {
+  QFile file(path);
+  return file.open(QIODevice::WriteOnly);
+}
+
 QTUICustomThemeHelper* Helper() {
   return QTUICustomThemeHelper::SharedInstance();
 }
@@ -96,10 +110,10 @@ struct FallbackRow {
 const std::vector<FallbackRow>& FallbackRows() {
   static const std::vector<FallbackRow> rows = {
       {"CurrentThemeType", [](QTUICustomThemeHelper* h) { return h->CurrentThemeType() == 1; },
-       "qt ui custom theme helper, current theme type failed! manager nullptr!"},
+       kThemeTypeLine},
       {"GetThemeColorStr",
        [](QTUICustomThemeHelper* h) { return h->GetThemeColorStr("any") == "#FF000000"; },
-       "qt ui custom theme helper, get theme color str failed! manager nullptr!"},
+       kColorStrLine},
       {"GetThemeColor", [](QTUICustomThemeHelper* h) { return h->GetThemeColor("any") == 0u; },
        "qt ui custom theme helper, get theme color failed! manager nullptr!"},
       {"GetThemeColorWithReplaceAlpha",
@@ -118,7 +132,7 @@ const std::vector<FallbackRow>& FallbackRows() {
        [](QTUICustomThemeHelper* h) {
          return h->GetCurrentThemeResPath(QStringLiteral(":/a.png")) == QLatin1String(":/a.png");
        },
-       "qt ui custom theme helper, get current theme res path failed!"},
+       kResPathLine},
       {"GenCurrentThemeQssPath",
        [](QTUICustomThemeHelper* h) {
          return h->GenCurrentThemeQssPath(QStringLiteral("x.qss")) == QLatin1String("x.qss");
@@ -136,7 +150,7 @@ const std::vector<FallbackRow>& FallbackRows() {
          QWidget widget;
          return h->CheckSetupQss(&widget, QStringLiteral("QWidget{}"));
        },
-       "qt ui custom theme helper, check setup qss failed!"},
+       kSetupQssLine},
   };
   return rows;
 }
@@ -186,32 +200,26 @@ void tst_QtUiCustomThemeHelper::cleanup() {
 void tst_QtUiCustomThemeHelper::noManager_colorStrIsOpaqueBlackAndLogs() {
   LogCapture capture(6);
   QCOMPARE(Helper()->GetThemeColorStr("any"), std::string("#FF000000"));
-  QCOMPARE(capture.Count(1,
-                         "qt ui custom theme helper, get theme color str failed! "
-                         "manager nullptr!"),
-           1);
+  QCOMPARE(capture.Count(1, kColorStrLine), 1);
 }
 
 void tst_QtUiCustomThemeHelper::noManager_currentThemeTypeIsOneAndLogs() {
   LogCapture capture(6);
   QCOMPARE(Helper()->CurrentThemeType(), 1);
-  QCOMPARE(capture.Count(1,
-                         "qt ui custom theme helper, current theme type failed! "
-                         "manager nullptr!"),
-           1);
+  QCOMPARE(capture.Count(1, kThemeTypeLine), 1);
 }
 
 void tst_QtUiCustomThemeHelper::noManager_checkSetupQssAllowsAndLogs() {
   LogCapture capture(6);
   QWidget widget;
   QVERIFY(Helper()->CheckSetupQss(&widget, QStringLiteral("QLabel { color: red; }")));
-  QCOMPARE(capture.Count(1, "qt ui custom theme helper, check setup qss failed!"), 1);
+  QCOMPARE(capture.Count(1, kSetupQssLine), 1);
 }
 
 void tst_QtUiCustomThemeHelper::noManager_resPathIsUnchanged() {
   LogCapture capture(6);
   QCOMPARE(Helper()->GetCurrentThemeResPath(QStringLiteral(":/a.png")), QStringLiteral(":/a.png"));
-  QCOMPARE(capture.Count(1, "qt ui custom theme helper, get current theme res path failed!"), 1);
+  QCOMPARE(capture.Count(1, kResPathLine), 1);
 }
 
 void tst_QtUiCustomThemeHelper::noManager_everyOperationFallsBackWithItsLine_data() {
@@ -311,18 +319,13 @@ void tst_QtUiCustomThemeHelper::setThemeManager_emptyRemovesTheManager() {
   QVERIFY(record->deleted);
   LogCapture capture(6);
   QCOMPARE(Helper()->CurrentThemeType(), 1);
-  QCOMPARE(capture.Count(1,
-                         "qt ui custom theme helper, current theme type failed! "
-                         "manager nullptr!"),
-           1);
+  QCOMPARE(capture.Count(1, kThemeTypeLine), 1);
 }
 
 void tst_QtUiCustomThemeHelper::genQssPath_darkWithTwin_givesTwin() {
   QTemporaryDir dir;
   const QString path = dir.filePath(QStringLiteral("x"));
-  QFile twin(path + QStringLiteral("_dark"));
-  QVERIFY(twin.open(QIODevice::WriteOnly));
-  twin.close();
+  QVERIFY(Touch(path + QStringLiteral("_dark")));
   InstallFake(std::make_shared<ManagerRecord>(), /*dark=*/true);
   QCOMPARE(Helper()->GenCurrentThemeQssPath(path), path + QStringLiteral("_dark"));
 }
@@ -348,9 +351,7 @@ void tst_QtUiCustomThemeHelper::genQssPath_darkTwinUnreadable_givesPath() {
 void tst_QtUiCustomThemeHelper::genQssPath_light_givesPathAndAsksOnlyTheTheme() {
   QTemporaryDir dir;
   const QString path = dir.filePath(QStringLiteral("x"));
-  QFile twin(path + QStringLiteral("_dark"));
-  QVERIFY(twin.open(QIODevice::WriteOnly));
-  twin.close();
+  QVERIFY(Touch(path + QStringLiteral("_dark")));
   auto record = std::make_shared<ManagerRecord>();
   InstallFake(record, /*dark=*/false);
   QCOMPARE(Helper()->GenCurrentThemeQssPath(path), path);
@@ -360,10 +361,8 @@ void tst_QtUiCustomThemeHelper::genQssPath_light_givesPathAndAsksOnlyTheTheme() 
 void tst_QtUiCustomThemeHelper::genQssPath_suffixFollowsTheWholePath() {
   QTemporaryDir dir;
   const QString path = dir.filePath(QStringLiteral("main.qss"));
-  for (const QString& name : {QStringLiteral("main_dark.qss"), QStringLiteral("main.qss_dark")}) {
-    QFile file(dir.filePath(name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-  }
+  QVERIFY(Touch(dir.filePath(QStringLiteral("main_dark.qss"))));
+  QVERIFY(Touch(dir.filePath(QStringLiteral("main.qss_dark"))));
   InstallFake(std::make_shared<ManagerRecord>(), /*dark=*/true);
   QCOMPARE(Helper()->GenCurrentThemeQssPath(path), dir.filePath(QStringLiteral("main.qss_dark")));
 }

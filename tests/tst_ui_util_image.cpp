@@ -14,6 +14,7 @@
 #include "qt_util/ui_util.h"
 #include "support/log_capture.h"
 #include "support/qt_message_capture.h"
+#include "support/stub_theme_manager.h"
 #include "support/virtual_screen.h"
 #include "talvex_common/utils/context.h"
 
@@ -34,17 +35,9 @@ const QRgb kLight3x = qRgb(0x30, 0x50, 0xD0);
 const QRgb kDark2x = qRgb(0xA0, 0xF0, 0xA0);
 
 // A theme engine whose dark theme maps "/light/" to "/dark/"; records the paths it is asked.
-class PathThemeManager : public ICustomThemeManager {
+class PathThemeManager : public test_support::StubThemeManager {
  public:
   PathThemeManager(bool dark, QStringList* asked) : dark_(dark), asked_(asked) {}
-  int CurrentThemeType() override { return dark_ ? 2 : 1; }
-  std::string GetThemeColorStr(const std::string&) override { return "#FF000000"; }
-  uint32_t GetThemeColor(const std::string&) override { return 0; }
-  uint32_t GetThemeColorWithReplaceAlpha(const std::string&, const std::string&) override {
-    return 0;
-  }
-  bool InstallAppThemeEventFilter(QObject*) override { return false; }
-  QColor GetThemeQColor(const std::string&) override { return Qt::black; }
   QString GetCurrentThemeResPath(const QString& path) override {
     if (asked_) *asked_ << path;
     if (!dark_) return path;
@@ -52,8 +45,6 @@ class PathThemeManager : public ICustomThemeManager {
     return mapped.replace(QStringLiteral("/light/"), QStringLiteral("/dark/"));
   }
   bool IsCurrentDarkType() override { return dark_; }
-  bool CheckThemeColorTokenValid(const QString&) override { return false; }
-  bool CheckSetupQss(QWidget*, const QString&) override { return true; }
 
  private:
   bool dark_;
@@ -119,6 +110,7 @@ class tst_UiUtilImage : public QObject {
   void image_missing_isNullWithInfoMessageAndNotCached();
   void image_goesThroughTheTheme();
   void image_widget_usesItsWindowsRatio();
+  void widgetOverloads_nullWidget_countAsRatio1();
 
   // SVG images
   void svg_rendersSizeTimesStepAtThatRatio();
@@ -301,6 +293,16 @@ void tst_UiUtilImage::image_widget_usesItsWindowsRatio() {
   QCOMPARE(pixmap.devicePixelRatio(), 3.0);
   QCOMPARE(CentreColour(pixmap), kLight3x);
   test_support::RemoveVirtualScreen(screen);
+}
+
+void tst_UiUtilImage::widgetOverloads_nullWidget_countAsRatio1() {
+  ScopedPackage package(kMainPackage);
+  QVERIFY(package.registered());
+  QCOMPARE(VxQtUiUtil::GetHdpiImagePath(nullptr, kData + "/light/icon.png", ".png"),
+           kData + "/light/icon@2x.png");
+  QCOMPARE(VxQtUiUtil::GetHdpiImage(nullptr, ":/light/icon").devicePixelRatio(), 2.0);
+  QCOMPARE(VxQtUiUtil::GetHdpiImageSvg(nullptr, kData + "/light/logo.svg", QSize(8, 8)).size(),
+           QSize(16, 16));
 }
 
 void tst_UiUtilImage::svg_rendersSizeTimesStepAtThatRatio() {

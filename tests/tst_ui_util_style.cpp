@@ -9,26 +9,16 @@
 #include "qt_util/qt_ui_custom_theme_helper.h"
 #include "qt_util/ui_util.h"
 #include "support/log_capture.h"
+#include "support/stub_theme_manager.h"
 
 namespace {
 
 const QString kPanelQss = QStringLiteral(QT_UTIL_TEST_DATA_DIR "/theme/panel.qss");
 
 // A theme engine that answers the style-sheet veto with `allow` and records what it was asked.
-class VetoThemeManager : public ICustomThemeManager {
+class VetoThemeManager : public test_support::StubThemeManager {
  public:
   VetoThemeManager(bool allow, QStringList* asked) : allow_(allow), asked_(asked) {}
-  int CurrentThemeType() override { return 1; }
-  std::string GetThemeColorStr(const std::string&) override { return {}; }
-  uint32_t GetThemeColor(const std::string&) override { return 0; }
-  uint32_t GetThemeColorWithReplaceAlpha(const std::string&, const std::string&) override {
-    return 0;
-  }
-  bool InstallAppThemeEventFilter(QObject*) override { return false; }
-  QColor GetThemeQColor(const std::string&) override { return {}; }
-  QString GetCurrentThemeResPath(const QString& path) override { return path; }
-  bool IsCurrentDarkType() override { return false; }
-  bool CheckThemeColorTokenValid(const QString&) override { return false; }
   bool CheckSetupQss(QWidget* widget, const QString& qss) override {
     *asked_ << widget->objectName() + "|" + qss;
     return allow_;
@@ -38,6 +28,17 @@ class VetoThemeManager : public ICustomThemeManager {
   bool allow_;
   QStringList* asked_;
 };
+
+// Every record of the capture as "<level> <function>: <text>".
+QStringList Lines(const LogCapture& capture) {
+  QStringList lines;
+  for (const auto& record : capture.Records()) {
+    lines << QStringLiteral("%1 %2: %3")
+                 .arg(record.level)
+                 .arg(QString::fromStdString(record.function), QString::fromStdString(record.text));
+  }
+  return lines;
+}
 
 QString FileText(const QString& path) {
   QFile file(path);
@@ -139,11 +140,7 @@ void tst_UiUtilStyle::setupQss_missingFile_logsKeepsSheetAndStillMarks() {
   widget.setStyleSheet(QStringLiteral("QWidget { color: red; }"));
   LogCapture capture(6);
   VxQtUiUtil::SetupQss(&widget, dir.filePath("missing.qss"), false);
-  const auto records = capture.Records();
-  QCOMPARE(int(records.size()), 1);
-  QCOMPARE(records[0].level, 1);
-  QCOMPARE(records[0].text, std::string("qss not found"));
-  QCOMPARE(records[0].function, std::string("SetupQss"));
+  QCOMPARE(Lines(capture), QStringList{"1 SetupQss: qss not found"});
   QCOMPARE(widget.styleSheet(), QStringLiteral("QWidget { color: red; }"));
   QCOMPARE(widget.property("widget-config"), QVariant(QStringLiteral("widget__config--main")));
 }
@@ -201,11 +198,7 @@ void tst_UiUtilStyle::widgetKey_noKeyNoObjectName_logsAndSetsNothing() {
   widget.setAccessibleName(QStringLiteral("before"));
   LogCapture capture(6);
   VxQtUiUtil::SetAccessibleKey(&widget, QString());
-  const auto records = capture.Records();
-  QCOMPARE(int(records.size()), 1);
-  QCOMPARE(records[0].level, 1);
-  QCOMPARE(records[0].text, std::string("key & objectName is empty"));
-  QCOMPARE(records[0].function, std::string("SetAccessibleKey"));
+  QCOMPARE(Lines(capture), QStringList{"1 SetAccessibleKey: key & objectName is empty"});
   QCOMPARE(widget.accessibleName(), QStringLiteral("before"));
   QCOMPARE(widget.accessibleDescription(), QString());
 }
@@ -228,11 +221,7 @@ void tst_UiUtilStyle::itemKey_emptyKey_logsTheWidgetTextAndSetsNothing() {
   QListWidgetItem item;
   LogCapture capture(6);
   VxQtUiUtil::SetAccessibleKey(&item, QString());
-  const auto records = capture.Records();
-  QCOMPARE(int(records.size()), 1);
-  QCOMPARE(records[0].level, 1);
-  QCOMPARE(records[0].text, std::string("key & objectName is empty"));
-  QCOMPARE(records[0].function, std::string("SetAccessibleKey"));
+  QCOMPARE(Lines(capture), QStringList{"1 SetAccessibleKey: key & objectName is empty"});
   QVERIFY(!item.data(Qt::AccessibleTextRole).isValid());
   QVERIFY(!item.data(Qt::UserRole).isValid());
 }
@@ -269,11 +258,7 @@ void tst_UiUtilStyle::keyOfRes_isTheLastPathComponent() {
 void tst_UiUtilStyle::keyOfRes_empty_logsAndIsEmpty() {
   LogCapture capture(6);
   QCOMPARE(VxQtUiUtil::AccessibleKeyOfRes(QString()), QString());
-  const auto records = capture.Records();
-  QCOMPARE(int(records.size()), 1);
-  QCOMPARE(records[0].level, 1);
-  QCOMPARE(records[0].text, std::string("res is empty"));
-  QCOMPARE(records[0].function, std::string("AccessibleKeyOfRes"));
+  QCOMPARE(Lines(capture), QStringList{"1 AccessibleKeyOfRes: res is empty"});
 }
 
 void tst_UiUtilStyle::accessibleInfo_setsNameThenDescription() {
