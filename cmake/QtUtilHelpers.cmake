@@ -20,14 +20,35 @@ function(qt_util_add_test)
   target_compile_definitions(${target} PRIVATE
     QT_UTIL_TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}/data")
 
+  set(x11)
   if(ARG_X11)
-    add_test(NAME ${ARG_NAME}
-             COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:${target}>)
+    set(x11 X11)
+  endif()
+  qt_util_add_command_test(NAME ${ARG_NAME} ${x11} TIMEOUT ${ARG_TIMEOUT}
+                           COMMAND $<TARGET_FILE:${target}>)
+endfunction()
+
+# qt_util_add_command_test(NAME <name> COMMAND <command> [<arg>...] [X11] [TIMEOUT <seconds>]
+#                          [LABELS <label>...])
+#
+# Registers a command with CTest in the tests' environment: on the offscreen platform, or with
+# X11 under xvfb-run with the xcb platform (label "x11").
+function(qt_util_add_command_test)
+  cmake_parse_arguments(ARG "X11" "NAME;TIMEOUT" "COMMAND;LABELS" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  set(labels ${ARG_LABELS})
+  if(ARG_X11)
+    add_test(NAME ${ARG_NAME} COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" ${ARG_COMMAND})
     set(platform xcb)
-    set_tests_properties(${ARG_NAME} PROPERTIES LABELS x11)
+    list(APPEND labels x11)
   else()
-    add_test(NAME ${ARG_NAME} COMMAND ${target})
+    add_test(NAME ${ARG_NAME} COMMAND ${ARG_COMMAND})
     set(platform offscreen)
+  endif()
+  if(labels)
+    set_tests_properties(${ARG_NAME} PROPERTIES LABELS "${labels}")
   endif()
   set(environment ${QT_UTIL_TEST_ENVIRONMENT} "QT_QPA_PLATFORM=${platform}")
   if(ARG_X11 AND QT_UTIL_SANITIZE)

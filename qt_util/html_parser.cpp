@@ -1,8 +1,6 @@
 #include "qt_util/html_parser.h"
 
-#include <QStringMatcher>
 #include <QStringView>
-#include <QVarLengthArray>
 #include <algorithm>
 #include <cstdint>
 
@@ -20,14 +18,17 @@ inline bool MatchesAt(const QChar* data, int size, int index, QLatin1String need
   return true;
 }
 
-// First index >= from where `needle` starts, or -1. Looks for the first character with the
-// vectorised single-character search; QString::indexOf(QLatin1String) converts the needle to
-// UTF-16 on the heap at every call.
-int FindLatin1(const QString& text, int from, QLatin1String needle) {
-  const QChar head = QLatin1Char(needle.at(0));
-  for (int at = text.indexOf(head, from); at >= 0; at = text.indexOf(head, at + 1)) {
-    if (at + needle.size() > text.size()) return -1;
-    if (MatchesAt(text.constData(), text.size(), at, needle)) return at;
+// First index >= from where `needle` starts, or -1. Looks for the needle's character at `anchor`
+// with the vectorised single-character search (the rarer that character in the text, the
+// faster) and compares the rest where it finds one; QString::indexOf(QLatin1String) converts the
+// needle to UTF-16 on the heap at every call.
+int FindLatin1(const QString& text, int from, QLatin1String needle, int anchor = 0) {
+  const QChar key = QLatin1Char(needle.at(anchor));
+  for (int at = text.indexOf(key, std::max(from, 0) + anchor); at >= 0;
+       at = text.indexOf(key, at + 1)) {
+    const int start = at - anchor;
+    if (start + needle.size() > text.size()) return -1;
+    if (MatchesAt(text.constData(), text.size(), start, needle)) return start;
   }
   return -1;
 }
@@ -48,6 +49,62 @@ void ReplaceAll(QString& text, QLatin1String needle, QChar replacement) {
       in += needle.size();
     } else {
       data[out++] = data[in++];
+    }
+  }
+  text.resize(out);
+}
+
+// Replaces, in this order and each over the whole text, "&nbsp;" by " ", "&amp;" by "&", "&lt;"
+// by "<", "&gt;" by ">", "&quot;" by a double quote and "&#39;" by "'", in one pass. Every
+// entity holds a single "&", its first character, and no two share their second, so the
+// entities of the text never overlap, and no replacement character but the "&" of "&amp;" occurs
+// in an entity. The six passes therefore replace exactly the entities of the text, except that
+// the "&" an "&amp;" leaves behind begins one of the four later entities when the text that
+// follows completes it: "&amp;lt;" ends as "<" (but "&amp;nbsp;" as "&nbsp;", since "&nbsp;" was
+// decoded before). Text is only ever shortened, so the pass writes behind where it reads.
+void DecodeEntities(QString& text) {
+  struct Entity {
+    QLatin1String name;  // without its "&"
+    QChar character;
+  };
+  static const Entity kLater[] = {{QLatin1String("lt;"), QLatin1Char('<')},
+                                  {QLatin1String("gt;"), QLatin1Char('>')},
+                                  {QLatin1String("quot;"), QLatin1Char('"')},
+                                  {QLatin1String("#39;"), QLatin1Char('\'')}};
+  const int size = text.size();
+  QChar* data = text.data();
+  // The entity of kLater whose name starts at `at`, or null.
+  auto later = [&](int at) -> const Entity* {
+    for (const Entity& entity : kLater) {
+      if (MatchesAt(data, size, at, entity.name)) return &entity;
+    }
+    return nullptr;
+  };
+  int out = 0;
+  int in = 0;
+  while (in < size) {
+    const QChar c = data[in];
+    if (c != QLatin1Char('&')) {
+      data[out++] = c;
+      ++in;
+    } else if (MatchesAt(data, size, in, QLatin1String("&nbsp;"))) {
+      data[out++] = QLatin1Char(' ');
+      in += 6;
+    } else if (MatchesAt(data, size, in, QLatin1String("&amp;"))) {
+      // The "&" left behind, and what follows it as one of the later entities.
+      in += 5;
+      if (const Entity* entity = later(in)) {
+        data[out++] = entity->character;
+        in += entity->name.size();
+      } else {
+        data[out++] = QLatin1Char('&');
+      }
+    } else if (const Entity* entity = later(in + 1)) {
+      data[out++] = entity->character;
+      in += 1 + entity->name.size();
+    } else {
+      data[out++] = c;
+      ++in;
     }
   }
   text.resize(out);
@@ -90,74 +147,293 @@ QString TrimmedLower(QStringView view, bool stripQuotes) {
   return text;
 }
 
-// The open quotes of a tag, one bit each: a tag full of alternating quotes pushes one entry per
-// character, and a bit keeps that stack at a sixteenth of the text it comes from.
-class QuoteStack {
- public:
-  bool IsEmpty() const { return depth_ == 0; }
-  QChar Top() const {
-    const size_t i = depth_ - 1;
-    return (bits_[i / 64] >> (i % 64)) & 1 ? QLatin1Char('"') : QLatin1Char('\'');
-  }
-  void Push(QChar quote) {
-    if (depth_ / 64 == size_t(bits_.size())) bits_.push_back(0);
-    const uint64_t mask = uint64_t(1) << (depth_ % 64);
-    if (quote == QLatin1Char('"')) {
-      bits_[depth_ / 64] |= mask;
-    } else {
-      bits_[depth_ / 64] &= ~mask;
-    }
-    ++depth_;
-  }
-  void Pop() { --depth_; }
-
- private:
-  QVarLengthArray<uint64_t, 4> bits_;
-  size_t depth_ = 0;
-};
+// QChar::isSpace, with the plain ASCII case first and without a branch.
+inline bool IsSpace(QChar c) {
+  const unsigned u = c.unicode();
+  if (u < 0x80) return (unsigned(u == ' ') | unsigned(u - '\t' < 5)) != 0;
+  return c.isSpace();
+}
 
 struct TagSpan {
   int begin;
   int end;
 };
 
+// Whether `c` can end a tag or open or close a quote: ">", a double or a single quote.
+// Without a branch: spaces, digits and "=" below 64 mix with letters above it in no order a
+// processor could predict.
+inline bool IsTagSpecial(QChar c) {
+  constexpr uint64_t kSpecial = uint64_t(1) << '>' | uint64_t(1) << '"' | uint64_t(1) << '\'';
+  const unsigned u = c.unicode();
+  return (unsigned(u < 64) & unsigned(kSpecial >> (u & 63))) != 0;
+}
+
 // The span of the raw tag at `pos` (which stands on "<"): html[begin, end) holds "<" and the tag
-// text without the closing ">". A ">" inside quotes does not end the tag; quotes nest as a
-// stack. A tag that runs to the end of the text loses its last character. `pos` is left behind
-// the last character read.
-TagSpan ReadTag(const QString& html, int& pos) {
+// text without the closing ">". A ">" inside quotes does not end the tag. A tag that runs to the
+// end of the text loses its last character. `pos` is left behind the last character read.
+//
+// Quotes nest as a stack: a quote pops the top when it equals it and is pushed otherwise. So
+// neighbouring entries always differ, the stack alternates between the two quote characters, and
+// its depth and top say all there is to it; every quote flips the top. A tag full of alternating
+// quotes, which pushes one entry per character, costs no memory.
+Q_ALWAYS_INLINE TagSpan ReadTag(const QString& html, int& pos) {
   const int size = html.size();
   if (pos < 0 || pos >= size) {
     pos = size;
     return {size, size};
   }
-  const QChar* data = html.constData();
+  const QChar* const data = html.constData();
   const int begin = pos;
-  QuoteStack quotes;
-  auto track = [&quotes](QChar c) {
-    if (!IsQuote(c)) return;
-    if (!quotes.IsEmpty() && quotes.Top() == c) {
-      quotes.Pop();
-    } else {
-      quotes.Push(c);
-    }
-  };
-  if (IsQuote(data[begin])) track(data[begin]);
-  // `next` indexes the character being read; reading at the end (after a "<" that ends the
-  // text) yields NUL, as a Qt string does, without touching memory outside it. The last character
-  // read (the ">", or the final character of a tag that runs to the end) is not part of the tag.
-  int next = begin + 1;
-  for (;; ++next) {
-    const QChar c = next < size ? data[next] : QChar();
-    if (quotes.IsEmpty() && c == QLatin1Char('>')) break;
-    if (next + 1 >= size) break;
-    if (IsQuote(c)) track(c);
+  int depth = 0;
+  QChar top;
+  // Every quote flips the top between the two quote characters.
+  constexpr ushort kFlip = ushort('"') ^ ushort('\'');
+  if (IsQuote(data[begin])) {
+    depth = 1;
+    top = data[begin];
   }
-  pos = next + 1;
-  return {begin, std::min(next, size)};
+  // `next` points at the character being read; reading at the end (after a "<" that ends the
+  // text) yields NUL, as a Qt string does, without touching memory outside it. The last character
+  // read (the ">", or the final character of a tag that runs to the end) is not part of the tag;
+  // the text's last character ends the tag whatever it is. Outside quotes only a quote or ">"
+  // matters, inside them only a quote.
+  const QChar* const last = data + size - 1;
+  const QChar* next = data + begin + 1;
+  for (;;) {
+    if (depth == 0) {
+      while (next < last && !IsTagSpecial(*next)) ++next;
+      if (next >= last || *next == QLatin1Char('>')) break;
+      depth = 1;
+      top = *next++;
+    } else {
+      for (; next < last; ++next) {
+        const QChar c = *next;
+        if (!IsQuote(c)) continue;
+        depth += c == top ? -1 : 1;
+        top = QChar(ushort(top.unicode() ^ kFlip));
+        if (depth == 0) break;
+      }
+      if (next >= last) break;
+      ++next;
+    }
+  }
+  const int end = int(next - data);
+  pos = end + 1;
+  return {begin, std::min(end, size)};
+}
+
+// QString::mid on a view: a negative or too long `length` keeps the rest.
+QStringView Mid(QStringView text, int from, int length = -1) {
+  if (from >= text.size()) return QStringView();
+  if (length < 0 || length > text.size() - from) return text.mid(from);
+  return text.mid(from, length);
+}
+
+// A tag (its text from the "<", or from the "/" of a closing tag) cut into its table key (not yet
+// lower-cased) and its raw argument text, everything after the first space. A tag without a
+// space has no arguments and its key is all but the first character. One whose argument text
+// holds no double quote and ends with "/" is self-closing: a fixed " /" and the first character
+// come off ("<br /" gives "br", "<font color /" gives "font color", which is how the
+// attribute-keyed entries of the table are reached) and the handler gets no argument text.
+// Replacing CRLF by a space, done later on the arguments, changes none of these tests.
+struct TagParts {
+  QStringView key;
+  QStringView rawArgs;
+  bool hasArgs = false;
+  bool selfClosing = false;
+};
+
+TagParts SplitTag(QStringView tag) {
+  TagParts parts;
+  // Tag names are short: a plain loop beats the library search and its call.
+  int space = 0;
+  while (space < tag.size() && tag[space] != QLatin1Char(' ')) ++space;
+  if (space == tag.size()) {
+    parts.key = Mid(tag, 1);
+    return parts;
+  }
+  parts.hasArgs = true;
+  parts.rawArgs = tag.mid(space + 1);
+  parts.selfClosing = !parts.rawArgs.isEmpty() && parts.rawArgs.back() == QLatin1Char('/') &&
+                      !parts.rawArgs.contains(QLatin1Char('"'));
+  parts.key = parts.selfClosing ? Mid(tag, 1, int(tag.size()) - 3) : Mid(tag, 1, space - 1);
+  return parts;
+}
+
+// The argument text a handler gets: none for a self-closing tag, else the arguments with CRLF
+// made a space and cut before their first double quote.
+QString HandlerArgs(const TagParts& parts) {
+  if (!parts.hasArgs || parts.selfClosing) return QString();
+  QString args = parts.rawArgs.toString();
+  ReplaceAll(args, QLatin1String("\r\n"), QLatin1Char(' '));
+  const int quote = args.indexOf(QLatin1Char('"'));
+  if (quote >= 0) args.truncate(quote);
+  return args;
 }
 
 }  // namespace
+
+// The handlers of the tag table. Several keys may share one.
+enum class CHTMLParser::Tag : unsigned char {
+  kNone,
+  kFontBgcolor,
+  kUl,
+  kOl,
+  kLi,
+  kBold,
+  kFontSize,
+  kFontName,
+  kFontColor,
+  kImage,
+  kItalic,
+  kSmallCaps,
+  kStrike,
+  kDivAlign,
+  kCenter,
+  kSub,
+  kSup,
+  kScript,
+  kUnderline,
+  kDiv,
+  kPard,
+  kBr,
+  kFont,
+  kTable,
+  kTrCols,
+  kTr,
+  kTd,
+  kObject,
+  kParam,
+  kHead,
+  kBody,
+};
+
+// The handler of a key, lower-cased first. Plain ASCII is folded by hand into a small buffer; a
+// key with any other character goes through QString::toLower, whose mappings can turn such a
+// character into an ASCII letter. Lower-casing never shortens a text, so a key longer than the
+// longest entry matches nothing.
+CHTMLParser::Tag CHTMLParser::FindTag(QStringView key) {
+  struct Entry {
+    const char* key;
+    int length;
+    Tag tag;
+  };
+#define QTU_TAG(key, tag) \
+  { key, int(sizeof(key)) - 1, tag }
+  // Keys are lower-case and compared exactly.
+  static constexpr Entry kTable[] = {
+      QTU_TAG("font bgcolor", Tag::kFontBgcolor),
+      QTU_TAG("ul", Tag::kUl),
+      QTU_TAG("ol", Tag::kOl),
+      QTU_TAG("li", Tag::kLi),
+      QTU_TAG("b", Tag::kBold),
+      QTU_TAG("font size", Tag::kFontSize),
+      QTU_TAG("font name", Tag::kFontName),
+      QTU_TAG("font color", Tag::kFontColor),
+      QTU_TAG("img", Tag::kImage),
+      QTU_TAG("image", Tag::kImage),
+      QTU_TAG("embed", Tag::kImage),
+      QTU_TAG("v:imagedata", Tag::kImage),
+      QTU_TAG("i", Tag::kItalic),
+      QTU_TAG("sc", Tag::kSmallCaps),
+      QTU_TAG("strike", Tag::kStrike),
+      QTU_TAG("div align", Tag::kDivAlign),
+      QTU_TAG("center", Tag::kCenter),
+      QTU_TAG("sub", Tag::kSub),
+      QTU_TAG("sup", Tag::kSup),
+      QTU_TAG("script", Tag::kScript),
+      QTU_TAG("u", Tag::kUnderline),
+      QTU_TAG("div", Tag::kDiv),
+      QTU_TAG("pard", Tag::kPard),
+      QTU_TAG("br", Tag::kBr),
+      QTU_TAG("font", Tag::kFont),
+      QTU_TAG("table", Tag::kTable),
+      QTU_TAG("tr cols", Tag::kTrCols),
+      QTU_TAG("tr", Tag::kTr),
+      QTU_TAG("td", Tag::kTd),
+      QTU_TAG("object", Tag::kObject),
+      QTU_TAG("param", Tag::kParam),
+      QTU_TAG("head", Tag::kHead),
+      QTU_TAG("body", Tag::kBody),
+  };
+#undef QTU_TAG
+  constexpr int kLongestKey = 12;
+
+  // A key of up to twelve ASCII characters packs into two integers, one byte a character; with
+  // its length (a key may hold NUL) that identifies it. The keys sit in a small open-addressing
+  // table, so a lookup is one multiplication and, as a rule, one comparison.
+  struct Packed {
+    uint64_t low = 0;
+    uint64_t high = 0;
+    int length = -1;
+    constexpr void Add(int i, unsigned char c) {
+      if (i < 8) {
+        low |= uint64_t(c) << (8 * i);
+      } else {
+        high |= uint64_t(c) << (8 * (i - 8));
+      }
+    }
+    constexpr bool operator==(const Packed& other) const {
+      return low == other.low && high == other.high && length == other.length;
+    }
+    constexpr int Slot() const {
+      return int(((low ^ (high << 8) ^ uint64_t(length)) * 0x9E3779B97F4A7C15ull) >> 58);
+    }
+  };
+  struct Slot {
+    Packed key;
+    Tag tag = Tag::kNone;
+  };
+  struct Slots {
+    Slot slots[64];
+  };
+  static constexpr Slots kSlots = [] {
+    Slots table{};
+    for (const Entry& entry : kTable) {
+      Packed key;
+      key.length = entry.length;
+      for (int i = 0; i < entry.length; ++i) key.Add(i, static_cast<unsigned char>(entry.key[i]));
+      int slot = key.Slot();
+      while (table.slots[slot].key.length >= 0) slot = (slot + 1) % 64;
+      table.slots[slot] = {key, entry.tag};
+    }
+    return table;
+  }();
+
+  const int length = int(key.size());
+  if (length > kLongestKey) return Tag::kNone;
+  // Folded by hand when the key is plain ASCII, the common case; otherwise by toLower below.
+  Packed packed;
+  packed.length = length;
+  const QChar* chars = key.data();
+  ushort any = 0;
+  for (int i = 0; i < std::min(length, 8); ++i) {
+    const ushort c = chars[i].unicode();
+    any |= c;
+    packed.low |= uint64_t(ushort(c + (ushort(c - 'A') < 26 ? 'a' - 'A' : 0)) & 0xff) << (8 * i);
+  }
+  for (int i = 8; i < length; ++i) {
+    const ushort c = chars[i].unicode();
+    any |= c;
+    packed.high |= uint64_t(ushort(c + (ushort(c - 'A') < 26 ? 'a' - 'A' : 0)) & 0xff)
+                   << (8 * (i - 8));
+  }
+  if (any >= 0x80) {
+    const QString lowered = key.toString().toLower();
+    if (lowered.size() > kLongestKey) return Tag::kNone;
+    packed = Packed();
+    packed.length = int(lowered.size());
+    for (int k = 0; k < lowered.size(); ++k) {
+      if (lowered.at(k).unicode() >= 0x80) return Tag::kNone;
+      packed.Add(k, static_cast<unsigned char>(lowered.at(k).unicode()));
+    }
+  }
+  for (int slot = packed.Slot();; slot = (slot + 1) % 64) {
+    const Slot& entry = kSlots.slots[slot];
+    if (entry.key == packed) return entry.tag;
+    if (entry.key.length < 0) return Tag::kNone;
+  }
+}
 
 CHTMLParser::CHTMLParser(const QString& html, CParserOut* out) : output(out) {
   ProcessHTML(html);
@@ -188,22 +464,39 @@ void CHTMLParser::ProcessHTML(const QString& html) {
   int textEnd = 0;
   int pos = 0;
   const int size = copy.size();
+  // The attribute map of the last tag whose map was not filled, filled at the end.
+  bool deferred = false;
+  QStringView deferredArgs;
   while (pos < size) {
     if (copy.at(pos) != QLatin1Char('<')) {
-      int next = copy.indexOf(QLatin1Char('<'), pos);
-      if (next < 0) next = size;
+      // Most runs between two tags are a few characters; the library search pays off on long ones.
+      const QChar* data = copy.constData();
+      int next = pos + 1;
+      const int shortEnd = std::min(size, pos + 32);
+      while (next < shortEnd && data[next] != QLatin1Char('<')) ++next;
+      if (next == shortEnd && next < size) {
+        next = copy.indexOf(QLatin1Char('<'), next);
+        if (next < 0) next = size;
+      }
       if (!output->inScript) {
         textBegin = pos;
         textEnd = next;
       }
       pos = next;
     } else {
-      EmitText(QStringView(copy.constData() + textBegin, textEnd - textBegin));
-      textBegin = textEnd = 0;
-      ParseTagFromHTML(copy, pos);
+      if (textEnd > textBegin) {
+        EmitText(QStringView(copy.constData() + textBegin, textEnd - textBegin));
+        textBegin = textEnd = 0;
+      }
+      deferred = ParseTag(copy, pos, &deferredArgs);
     }
   }
   EmitText(QStringView(copy.constData() + textBegin, textEnd - textBegin));
+  // The map ends as the last tag left it, as if every tag had filled it.
+  if (deferred) {
+    attributes.clear();
+    if (!deferredArgs.isNull()) FillAttributes(deferredArgs);
+  }
 }
 
 void CHTMLParser::SimplifyHTML(QString& html) {
@@ -224,10 +517,9 @@ void CHTMLParser::SimplifyHTML(QString& html) {
   int rest = 0;
 
   auto logicalAt = [&](int k) { return k < keptSize ? kept.at(k) : source[rest + (k - keptSize)]; };
-  // Boyer-Moore: the common case is one search through a whole text that holds no comment.
-  const QStringMatcher openMatcher(kOpen);
-  const QStringMatcher closeMatcher(kClose);
-  auto find = [&](QLatin1String needle, const QStringMatcher& matcher) {
+  // The common case is one search through a whole text that holds no comment: it looks for the
+  // "!" of "<!--", much rarer in chat than "<", and for the "-" of "-->" rather than its ">".
+  auto find = [&](QLatin1String needle, int anchor) {
     const int logicalSize = keptSize + (size - rest);
     for (int k = std::max(0, keptSize - (int(needle.size()) - 1)); k < keptSize; ++k) {
       if (k + needle.size() > logicalSize) return -1;
@@ -237,14 +529,14 @@ void CHTMLParser::SimplifyHTML(QString& html) {
       }
       if (match) return k;
     }
-    const int found = matcher.indexIn(html, rest);
+    const int found = FindLatin1(html, rest, needle, anchor);
     return found < 0 ? -1 : keptSize + (found - rest);
   };
 
   for (;;) {
-    const int s = find(kOpen, openMatcher);
+    const int s = find(kOpen, 1);
     if (s < 0) break;
-    const int e = find(kClose, closeMatcher);
+    const int e = find(kClose, 0);
     if (e < 0 || e <= s + 3) break;
     if (kept.isNull()) kept.resize(size);
     const int nextRest = rest + (e + 3 - keptSize);
@@ -261,25 +553,34 @@ void CHTMLParser::SimplifyHTML(QString& html) {
 }
 
 void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
-  if (!keepAttributes) attributes.clear();
+  ParseTag(html, pos, nullptr);
+}
+
+bool CHTMLParser::ParseTag(const QString& html, int& pos, QStringView* deferredArgs) {
   const TagSpan raw = ReadTag(html, pos);
-
-  // A closing tag loses its "<"; the "/" stays in front for ProcessArg to cut. Index 1 of a
+  // A closing tag loses its "<"; the "/" stays in front for the split to cut. Index 1 of a
   // one-character tag lies past its end, where a Qt string yields NUL: not a closing tag.
-  const bool isClose = raw.end - raw.begin > 1 && html.at(raw.begin + 1) == QLatin1Char('/');
-  const int skip = isClose ? 1 : 0;
-  // Both buffers keep their capacity from tag to tag; nothing holds on to them in between.
-  QString& tag = tagBuffer_;
-  tag.resize(raw.end - raw.begin - skip);
-  std::copy(html.constData() + raw.begin + skip, html.constData() + raw.end, tag.data());
-  QString& args = argsBuffer_;
-  args.resize(0);
-  ProcessArg(args, tag);
-  ToLowerInPlace(tag);
+  const int skip =
+      raw.end - raw.begin > 1 ? int(html.constData()[raw.begin + 1] == QLatin1Char('/')) : 0;
+  const bool isClose = skip != 0;
+  const TagParts parts =
+      SplitTag(QStringView(html.constData() + raw.begin + skip, raw.end - raw.begin - skip));
+  const Tag tag = FindTag(parts.key);
 
-  if (handlers.isEmpty()) BuildHandlers();
-  const Handler* handler = handlerIndex_.value(tag, nullptr);
-  if (handler) (*handler)(args, isClose);
+  const bool defer = deferredArgs && !keepAttributes && tag != Tag::kImage;
+  if (defer) {
+    *deferredArgs = parts.hasArgs ? parts.rawArgs : QStringView();
+    // A view of an empty argument text must still count as present.
+    if (parts.hasArgs && deferredArgs->isNull()) *deferredArgs = QStringView(u"", 0);
+  } else {
+    if (!keepAttributes) attributes.clear();
+    if (parts.hasArgs) FillAttributes(parts.rawArgs);
+  }
+  // Only the attribute-keyed entries read the argument text.
+  const bool readsArgs = tag == Tag::kFontSize || tag == Tag::kFontName || tag == Tag::kDivAlign ||
+                         tag == Tag::kTrCols;
+  Dispatch(tag, readsArgs ? HandlerArgs(parts) : QString(), isClose);
+  return defer;
 }
 
 void CHTMLParser::GetTagFromHTML(QString& tag, const QString& html, int& pos) {
@@ -288,37 +589,30 @@ void CHTMLParser::GetTagFromHTML(QString& tag, const QString& html, int& pos) {
 }
 
 void CHTMLParser::ProcessArg(QString& args, QString& tag) {
-  const int space = tag.indexOf(QLatin1Char(' '));
-  if (space < 0) {
-    tag.remove(0, 1);
-    return;
+  const TagParts parts = SplitTag(tag);
+  if (parts.hasArgs) {
+    FillAttributes(parts.rawArgs);
+    args = HandlerArgs(parts);
   }
-  args.resize(tag.size() - (space + 1));
-  std::copy(tag.constData() + space + 1, tag.constData() + tag.size(), args.data());
-  ReplaceAll(args, QLatin1String("\r\n"), QLatin1Char(' '));
-  ParseAttributes(args);
-
-  // Both cuts below are tag.mid(1, length) done in place. A tag read from the text starts with
-  // "<" or "/", so the length is never negative there; a caller's tag that starts with its space
-  // can make it negative, and then, as with mid, the rest of the tag is kept.
-  const int quote = args.indexOf(QLatin1Char('"'));
-  if (quote < 0 && !args.isEmpty() && args.endsWith(QLatin1Char('/'))) {
-    // Cuts a fixed " /" and the "<": "<br /" gives "br", "<font color /" gives "font color",
-    // which is how the attribute-keyed entries of the table are reached.
-    args.clear();
-    if (tag.size() >= 3) tag.truncate(tag.size() - 2);
-  } else {
-    if (quote >= 0) args.truncate(quote);
-    if (space >= 1) tag.truncate(space);
-  }
-  tag.remove(0, 1);
+  tag = parts.key.toString();
 }
 
-void CHTMLParser::ParseAttributes(const QString& args) {
+void CHTMLParser::FillAttributes(QStringView rawArgs) {
+  // CRLF becomes a space first; most argument texts hold none and are parsed where they stand.
+  if (!rawArgs.contains(QLatin1Char('\r'))) {
+    ParseAttributes(rawArgs);
+    return;
+  }
+  QString args = rawArgs.toString();
+  ReplaceAll(args, QLatin1String("\r\n"), QLatin1Char(' '));
+  ParseAttributes(args);
+}
+
+void CHTMLParser::ParseAttributes(QStringView args) {
   // Pieces are separated by single spaces, and joining pieces puts back exactly the space that
   // separated them, so every token is the span args[begin, end) and is never copied.
-  const int size = args.size();
-  const QChar* data = args.constData();
+  const int size = int(args.size());
+  const QChar* data = args.data();
   int p = 0;
   // End of the space-separated piece at p; moves p behind its space, or to -1 when none is left.
   auto pieceEnd = [&]() {
@@ -326,7 +620,7 @@ void CHTMLParser::ParseAttributes(const QString& args) {
       p = -1;
       return size;
     }
-    const int space = args.indexOf(QLatin1Char(' '), p);
+    const int space = int(args.indexOf(QLatin1Char(' '), p));
     if (space < 0) {
       p = -1;
       return size;
@@ -359,30 +653,34 @@ void CHTMLParser::WriteText(QString& text) {
 }
 
 void CHTMLParser::EmitText(QStringView text) {
-  text = text.trimmed();
-  if (text.isEmpty()) return;
-  bool lineBreaks = false;
-  bool entities = false;
-  for (const QChar c : text) {
-    lineBreaks |= c == QLatin1Char('\r') || c == QLatin1Char('\n');
-    entities |= c == QLatin1Char('&');
+  CParserOut* out = EnabledOutput();
+  if (!out) return;
+  // QStringView::trimmed, without the call.
+  const QChar* begin = text.begin();
+  const QChar* end = text.end();
+  while (begin < end && IsSpace(*begin)) ++begin;
+  while (end > begin && IsSpace(end[-1])) --end;
+  if (begin == end) return;
+  // Copied into a buffer that keeps its capacity, so that a run costs no allocation unless the
+  // sink keeps the text. Line breaks go first, so that an entity they split is decoded whole.
+  // One branch-free pass finds line breaks and "&" (a compiler tests many characters at once);
+  // on runs of a few words it beats three calls of the library's vectorised search.
+  unsigned found = 0;
+  for (const QChar* c = begin; c < end; ++c) {
+    const ushort u = c->unicode();
+    found |= unsigned(u == '\r' || u == '\n') | unsigned(u == '&') << 1;
   }
-  QString decoded = text.toString();
-  if (lineBreaks) {
-    decoded.remove(QLatin1Char('\r'));
-    decoded.remove(QLatin1Char('\n'));
+  text_.resize(int(end - begin));
+  QChar* data = text_.data();
+  if (found & 1) {
+    const QChar* kept = std::remove_copy_if(
+        begin, end, data, [](QChar c) { return c == QLatin1Char('\r') || c == QLatin1Char('\n'); });
+    text_.resize(int(kept - data));
+  } else {
+    std::copy(begin, end, data);
   }
-  if (entities) {
-    // "&amp;" goes before the others, so "&amp;lt;" ends as "<".
-    ReplaceAll(decoded, QLatin1String("&nbsp;"), QLatin1Char(' '));
-    ReplaceAll(decoded, QLatin1String("&amp;"), QLatin1Char('&'));
-    ReplaceAll(decoded, QLatin1String("&lt;"), QLatin1Char('<'));
-    ReplaceAll(decoded, QLatin1String("&gt;"), QLatin1Char('>'));
-    ReplaceAll(decoded, QLatin1String("&quot;"), QLatin1Char('"'));
-    ReplaceAll(decoded, QLatin1String("&#39;"), QLatin1Char('\''));
-  }
-  if (decoded.isEmpty()) return;
-  if (CParserOut* out = EnabledOutput()) out->WriteText(decoded);
+  if (found & 2) DecodeEntities(text_);
+  if (!text_.isEmpty()) out->WriteText(text_);
 }
 
 QColor CHTMLParser::ParseColor(QString value) {
@@ -446,20 +744,23 @@ void CHTMLParser::ProcessDivAlign(const QString& value) {
 }
 
 void CHTMLParser::ProcessFont() {
-  if (fontAttributes.isEmpty()) return;
-  const QString name = fontAttributes.takeLast();
+  if (fontAttributes.empty()) return;
+  const FontAttribute attribute = fontAttributes.back();
+  fontAttributes.pop_back();
   if (!output) return;
-  auto is = [&name](const char* attribute) {
-    return name.compare(QLatin1String(attribute), Qt::CaseInsensitive) == 0;
-  };
-  if (is("color")) {
-    output->textColor = QColor(Qt::black);
-  } else if (is("bgcolor")) {
-    output->backgroundColor = QColor(Qt::white);
-  } else if (is("size")) {
-    output->fontSize = 9;
-  } else if (is("name")) {
-    output->fontName = QStringLiteral("Tahoma");
+  switch (attribute) {
+    case FontAttribute::kColor:
+      output->textColor = QColor(Qt::black);
+      break;
+    case FontAttribute::kBackgroundColor:
+      output->backgroundColor = QColor(Qt::white);
+      break;
+    case FontAttribute::kSize:
+      output->fontSize = 9;
+      break;
+    case FontAttribute::kName:
+      output->fontName = QStringLiteral("Tahoma");
+      break;
   }
 }
 
@@ -500,77 +801,108 @@ void CHTMLParser::ProcessObject(bool isClose) {
   if (CParserOut* out = EnabledOutput()) out->InsertObject(classId, attributes);
 }
 
-void CHTMLParser::BuildHandlers() {
-  auto flag = [this](bool CParserOut::*field) -> Handler {
-    return [this, field](QString&, bool isClose) {
-      if (output) output->*field = !isClose;
-    };
+void CHTMLParser::Dispatch(Tag tag, const QString& args, bool isClose) {
+  auto flag = [this, isClose](bool CParserOut::*field) {
+    if (output) output->*field = !isClose;
   };
-  auto call = [this](void (CParserOut::*operation)()) -> Handler {
-    return [this, operation](QString&, bool) {
-      if (CParserOut* out = EnabledOutput()) (out->*operation)();
-    };
+  auto call = [this](void (CParserOut::*operation)()) {
+    if (CParserOut* out = EnabledOutput()) (out->*operation)();
   };
-  const Handler image = [this](QString&, bool) {
-    const QString source = attributes[QStringLiteral("src")];
-    if (CParserOut* out = EnabledOutput()) out->InsertImage(source, attributes);
-  };
-
-  handlers.insert(QStringLiteral("font bgcolor"), [this](QString& args, bool) {
-    if (output) output->backgroundColor = ParseColor(args);
-    fontAttributes.append(QStringLiteral("bgcolor"));
-  });
-  handlers.insert(QStringLiteral("ul"), [this](QString&, bool isClose) { ProcessUl(isClose); });
-  handlers.insert(QStringLiteral("ol"), [this](QString&, bool isClose) { ProcessOl(isClose); });
-  handlers.insert(QStringLiteral("li"), [this](QString&, bool isClose) { ProcessLi(isClose); });
-  handlers.insert(QStringLiteral("b"), flag(&CParserOut::bold));
-  handlers.insert(QStringLiteral("font size"), [this](QString& args, bool) {
-    if (output) output->fontSize = args.toInt(nullptr, 10);
-    fontAttributes.append(QStringLiteral("size"));
-  });
-  handlers.insert(QStringLiteral("font name"), [this](QString& args, bool) {
-    if (output) output->fontName = args;
-    fontAttributes.append(QStringLiteral("name"));
-  });
-  handlers.insert(QStringLiteral("font color"), [this](QString& args, bool) {
-    if (output) output->textColor = ParseColor(args);
-    fontAttributes.append(QStringLiteral("color"));
-  });
-  handlers.insert(QStringLiteral("img"), image);
-  handlers.insert(QStringLiteral("image"), image);
-  handlers.insert(QStringLiteral("embed"), image);
-  handlers.insert(QStringLiteral("v:imagedata"), image);
-  handlers.insert(QStringLiteral("i"), flag(&CParserOut::italic));
-  handlers.insert(QStringLiteral("sc"), flag(&CParserOut::smallCaps));
-  handlers.insert(QStringLiteral("strike"), flag(&CParserOut::strikeOut));
-  handlers.insert(QStringLiteral("div align"),
-                  [this](QString& args, bool) { ProcessDivAlign(args); });
-  handlers.insert(QStringLiteral("center"), [this](QString&, bool) {
-    if (CParserOut* out = EnabledOutput()) out->SetAlignment(QStringLiteral("Center"));
-  });
-  handlers.insert(QStringLiteral("sub"), flag(&CParserOut::subscript));
-  handlers.insert(QStringLiteral("sup"), flag(&CParserOut::superscript));
-  handlers.insert(QStringLiteral("script"), flag(&CParserOut::inScript));
-  handlers.insert(QStringLiteral("u"), flag(&CParserOut::underline));
-  handlers.insert(QStringLiteral("div"), [this](QString&, bool isClose) { ProcessDiv(isClose); });
-  handlers.insert(QStringLiteral("pard"), call(&CParserOut::ResetParagraph));
-  handlers.insert(QStringLiteral("br"), call(&CParserOut::LineBreak));
-  handlers.insert(QStringLiteral("font"), [this](QString&, bool) { ProcessFont(); });
-  handlers.insert(QStringLiteral("table"), call(&CParserOut::NewParagraph));
-  handlers.insert(QStringLiteral("tr cols"),
-                  [this](QString& args, bool isClose) { ProcessTrCols(isClose, args); });
-  handlers.insert(QStringLiteral("tr"), [this](QString&, bool isClose) { ProcessTr(isClose); });
-  handlers.insert(QStringLiteral("td"), [this](QString&, bool isClose) { ProcessTd(isClose); });
-  // Objects are laid out as a table cell on purpose; ProcessObject stays out of the table.
-  handlers.insert(QStringLiteral("object"), [this](QString&, bool isClose) { ProcessTd(isClose); });
-  handlers.insert(QStringLiteral("param"), [](QString&, bool) {});
-  handlers.insert(QStringLiteral("head"), [this](QString&, bool) { outputEnabled = false; });
-  handlers.insert(QStringLiteral("body"),
-                  [this](QString&, bool isClose) { outputEnabled = !isClose; });
-
-  // Hashing the name beats the string compares of the ordered map on every tag; the map is never
-  // changed again, so pointers to its values stay valid.
-  handlerIndex_.reserve(handlers.size());
-  for (auto it = handlers.cbegin(); it != handlers.cend(); ++it)
-    handlerIndex_.insert(it.key(), &it.value());
+  switch (tag) {
+    case Tag::kNone:
+    case Tag::kParam:
+      break;
+    case Tag::kFontBgcolor:
+      if (output) output->backgroundColor = ParseColor(args);
+      fontAttributes.push_back(FontAttribute::kBackgroundColor);
+      break;
+    case Tag::kUl:
+      ProcessUl(isClose);
+      break;
+    case Tag::kOl:
+      ProcessOl(isClose);
+      break;
+    case Tag::kLi:
+      ProcessLi(isClose);
+      break;
+    case Tag::kBold:
+      flag(&CParserOut::bold);
+      break;
+    case Tag::kFontSize:
+      if (output) output->fontSize = args.toInt(nullptr, 10);
+      fontAttributes.push_back(FontAttribute::kSize);
+      break;
+    case Tag::kFontName:
+      if (output) output->fontName = args;
+      fontAttributes.push_back(FontAttribute::kName);
+      break;
+    case Tag::kFontColor:
+      if (output) output->textColor = ParseColor(args);
+      fontAttributes.push_back(FontAttribute::kColor);
+      break;
+    case Tag::kImage: {
+      const QString source = attributes[QStringLiteral("src")];
+      if (CParserOut* out = EnabledOutput()) out->InsertImage(source, attributes);
+      break;
+    }
+    case Tag::kItalic:
+      flag(&CParserOut::italic);
+      break;
+    case Tag::kSmallCaps:
+      flag(&CParserOut::smallCaps);
+      break;
+    case Tag::kStrike:
+      flag(&CParserOut::strikeOut);
+      break;
+    case Tag::kDivAlign:
+      ProcessDivAlign(args);
+      break;
+    case Tag::kCenter:
+      if (CParserOut* out = EnabledOutput()) out->SetAlignment(QStringLiteral("Center"));
+      break;
+    case Tag::kSub:
+      flag(&CParserOut::subscript);
+      break;
+    case Tag::kSup:
+      flag(&CParserOut::superscript);
+      break;
+    case Tag::kScript:
+      flag(&CParserOut::inScript);
+      break;
+    case Tag::kUnderline:
+      flag(&CParserOut::underline);
+      break;
+    case Tag::kDiv:
+      ProcessDiv(isClose);
+      break;
+    case Tag::kPard:
+      call(&CParserOut::ResetParagraph);
+      break;
+    case Tag::kBr:
+      call(&CParserOut::LineBreak);
+      break;
+    case Tag::kFont:
+      ProcessFont();
+      break;
+    case Tag::kTable:
+      call(&CParserOut::NewParagraph);
+      break;
+    case Tag::kTrCols:
+      ProcessTrCols(isClose, args);
+      break;
+    case Tag::kTr:
+      ProcessTr(isClose);
+      break;
+    case Tag::kTd:
+    // Objects are laid out as a table cell on purpose; ProcessObject stays out of the table.
+    case Tag::kObject:
+      ProcessTd(isClose);
+      break;
+    case Tag::kHead:
+      outputEnabled = false;
+      break;
+    case Tag::kBody:
+      outputEnabled = !isClose;
+      break;
+  }
 }

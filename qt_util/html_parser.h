@@ -4,12 +4,11 @@
 /// CHTMLParser, rich-text HTML into calls on a CParserOut sink.
 
 #include <QColor>
-#include <QHash>
 #include <QMap>
 #include <QString>
 #include <QStringList>
 #include <QStringView>
-#include <functional>
+#include <vector>
 
 #include "qt_util/qt_util_export.h"
 
@@ -158,24 +157,34 @@ class QT_UTIL_EXPORT CHTMLParser {
   void ProcessObject(bool isClose);
 
  private:
-  using Handler = std::function<void(QString&, bool)>;
+  enum class Tag : unsigned char;
+  // The font attributes that a closing or opening "font" restores, most recent last.
+  enum class FontAttribute : unsigned char { kBackgroundColor, kSize, kName, kColor };
 
-  void ParseAttributes(const QString& args);
+  static Tag FindTag(QStringView key);
+
+  // One tag: read, split, dispatched. With `deferredArgs` set, the attribute map is left alone
+  // unless the handler reads it (an image tag); the raw argument text is then left in
+  // `deferredArgs` (null when the tag has none) and the call returns true. Only the main loop
+  // defers: nothing but an image handler reads the map during a conversion, and the loop fills
+  // the map of the last tag once it is done.
+  bool ParseTag(const QString& html, int& pos, QStringView* deferredArgs);
+  void FillAttributes(QStringView rawArgs);
+  void Dispatch(Tag tag, const QString& args, bool isClose);
+  void ParseAttributes(QStringView args);
   void EmitText(QStringView text);
-  void BuildHandlers();
   // The sink while output is enabled, else null: every sink operation goes through here.
   CParserOut* EnabledOutput() const { return outputEnabled ? output : nullptr; }
 
   CParserOut* output;
-  QStringList fontAttributes;
+  std::vector<FontAttribute> fontAttributes;
   bool inUnorderedList = false;
   bool inOrderedList = false;
   bool keepAttributes = false;
   QMap<QString, QString> attributes;
-  QMap<QString, Handler> handlers;
+  // The tag table is a constant table in the source, shared by every parser.
   bool outputEnabled = true;
 
-  QHash<QString, const Handler*> handlerIndex_;
-  QString tagBuffer_;
-  QString argsBuffer_;
+  // Holds each decoded text run while the sink reads it; keeps its capacity from run to run.
+  QString text_;
 };

@@ -9,7 +9,7 @@
 #include <mutex>
 
 #include "base/common/include/logger.h"
-#include "base/singleton/scope_singleton.h"
+#include "qt_util/scope_singleton_p.h"
 
 namespace {
 
@@ -33,22 +33,8 @@ bool EnsureApplicationFilter(QTUIMonitorHelper* helper) {
 }  // namespace
 
 QTUIMonitorHelper* QTUIMonitorHelper::SharedInstance() {
-  QTUIMonitorHelper* instance = g_instance.load(std::memory_order_acquire);
-  if (instance) return instance;
-  std::lock_guard<std::mutex> lock(g_instance_mutex);
-  instance = g_instance.load(std::memory_order_relaxed);
-  if (instance) return instance;
-  instance = new QTUIMonitorHelper;
-  g_instance.store(instance, std::memory_order_release);
-  base::RegisterScopeSingleton(&g_instance, [] {
-    QTUIMonitorHelper* ending = nullptr;
-    {
-      std::lock_guard<std::mutex> lock(g_instance_mutex);
-      ending = g_instance.exchange(nullptr, std::memory_order_acq_rel);
-    }
-    delete ending;
-  });
-  return instance;
+  return qt_util::internal::ScopeSingletonInstance(g_instance, g_instance_mutex,
+                                                   [] { return new QTUIMonitorHelper; });
 }
 
 QTUIMonitorHelper::QTUIMonitorHelper() {

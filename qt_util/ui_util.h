@@ -47,8 +47,8 @@ namespace VxQtUiUtil {
 /// file exists.
 QT_UTIL_EXPORT QString GetHdpiImagePath(double scale, const QString& path, const QString& suffix);
 
-/// GetHdpiImagePath with the device pixel ratio of `widget`'s top-level window. `widget` must
-/// not be null.
+/// GetHdpiImagePath with the device pixel ratio of `widget`'s top-level window. Pass a widget:
+/// a null one counts as ratio 1 (the "@2x" step).
 QT_UTIL_EXPORT QString GetHdpiImagePath(QWidget* widget, const QString& path,
                                         const QString& suffix);
 
@@ -58,26 +58,30 @@ QT_UTIL_EXPORT QString GetHdpiImagePath(QWidget* widget, const QString& path,
 /// the Qt info message "VxFind Res Invalid~(<path>)"; misses are not cached.
 QT_UTIL_EXPORT QPixmap GetHdpiImage(double scale, const QString& name);
 
-/// GetHdpiImage with the device pixel ratio of `widget`'s top-level window. `widget` must not
-/// be null.
+/// GetHdpiImage with the device pixel ratio of `widget`'s top-level window. Pass a widget: a
+/// null one counts as ratio 1 (the "@2x" step).
 QT_UTIL_EXPORT QPixmap GetHdpiImage(QWidget* widget, const QString& name);
 
 /// The themed SVG `name` rendered at `size` times the scale step, with that step as its device
 /// pixel ratio, cached under "svg_<themed path>_<step>". The size is not part of the cache key:
 /// the first size rendered for a path and step is the one every later call gets. A missing file
 /// gives a null pixmap and the Qt info message "Invalid image resource ~(<path>)"; a file that
-/// is not a valid SVG, or a `size` of (-1, -1), gives GetHdpiImage(scale, themed path).
+/// is not a valid SVG, or a `size` of (-1, -1), gives GetHdpiImage(scale, themed path). The file
+/// is tested and parsed before the cache is asked, so every call reads the file: keep the result
+/// where a widget paints often. Any other size without area gives a null pixmap, not cached.
 QT_UTIL_EXPORT QPixmap GetHdpiImageSvg(double scale, const QString& name, const QSize& size);
 
-/// GetHdpiImageSvg with the device pixel ratio of `widget`'s top-level window. `widget` must not
-/// be null.
+/// GetHdpiImageSvg with the device pixel ratio of `widget`'s top-level window. Pass a widget: a
+/// null one counts as ratio 1 (the "@2x" step).
 QT_UTIL_EXPORT QPixmap GetHdpiImageSvg(QWidget* widget, const QString& name, const QSize& size);
 
 /// Whether `path` holds a valid SVG image; false for a missing or unreadable file.
 QT_UTIL_EXPORT bool IsImageSvgType(const QString& path);
 
 /// A copy of `pixmap` with transparent corners rounded by `radius` (radius 0 gives an unrounded
-/// copy of the same size). A null pixmap is returned as it is.
+/// copy of the same size). A null pixmap is returned as it is. The copy has the input's size in
+/// device pixels and a device pixel ratio of 1, whatever the input's ratio: set it again on a
+/// pixmap from GetHdpiImage.
 QT_UTIL_EXPORT QPixmap GetHasRadiusPixmap(const QPixmap& pixmap, int radius);
 
 /// Registers the resource packages "<module>.rcc", "<module>_extension.rcc" and
@@ -93,7 +97,7 @@ QT_UTIL_EXPORT QString GetAppName();
 /// Loads the style sheet file at `path` onto `widget` and sets the widget's property
 /// "widget-config" to "widget__config--main". With `checkTheme`, the theme helper may veto the
 /// sheet first; a veto sets neither. A file that cannot be opened logs "qss not found" (level
-/// 1), keeps the widget's style sheet and still sets the property.
+/// 1), keeps the widget's style sheet and still sets the property. Nothing for a null widget.
 QT_UTIL_EXPORT void SetupQss(QWidget* widget, const QString& path, bool checkTheme);
 
 /// The text of the style sheet file at `path` (UTF-8); an empty string, without a log line,

@@ -2,7 +2,6 @@
 #include <QtTest>
 
 #include "qt_util/html_parser.h"
-#include "support/interface_order.h"
 #include "support/literal_html_parser.h"
 #include "support/recording_sink.h"
 
@@ -33,11 +32,12 @@ QString Simplify(const QString& html) {
 // attribute pieces and an optional self-closing end.
 QString GeneratedHtml(QRandomGenerator& random, int maxPieces) {
   static const QStringList loose = {
-      "<",   ">",     "/",     " ",      "  ",
-      "\"",  "'",     "=",     "\r\n",   "\n",
-      "\t",  "&amp;", "&lt;",  "&nbsp;", "&",
-      "lt;", "amp;",  "nbsp;", "#39;",   "<!--",
-      "-->", "a",     "Z",     "x y",    QString::fromUtf8("\xc3\x84\xc4\xb0")};
+      "<",    ">",      "/",     " ",      "  ",
+      "\"",   "'",      "=",     "\r\n",   "\n",
+      "\t",   "&amp;",  "&lt;",  "&nbsp;", "&",
+      "lt;",  "amp;",   "nbsp;", "#39;",   "<!--",
+      "-->",  "a",      "Z",     "x y",    QString::fromUtf8("\xc3\x84\xc4\xb0"),
+      "&gt;", "&quot;", "&#39;", "gt;",    "quot;"};
   static const QStringList names = {
       "b",      "I",   "u",       "sc",         "strike",      "sub",       "sup",
       "script", "ul",  "ol",      "li",         "div",         "div align", "center",
@@ -85,26 +85,6 @@ class tst_HtmlParser : public QObject {
   Q_OBJECT
 
  private slots:
-  // Client sinks compiled against an older header call the operations by vtable slot.
-  void sinkOperations_keepTheirVtableSlots() {
-    if (!test_support::kHasVirtualSlots) QSKIP("vtable layout unknown on this target");
-    using test_support::VirtualSlot;
-    const QList<int> actual{
-        VirtualSlot(&CParserOut::BeginBulletList), VirtualSlot(&CParserOut::EndBulletList),
-        VirtualSlot(&CParserOut::BulletItem),      VirtualSlot(&CParserOut::NumberedItem),
-        VirtualSlot(&CParserOut::EndNumberedList), VirtualSlot(&CParserOut::SetAlignment),
-        VirtualSlot(&CParserOut::NewParagraph),    VirtualSlot(&CParserOut::ResetParagraph),
-        VirtualSlot(&CParserOut::LineBreak),       VirtualSlot(&CParserOut::BeginRow),
-        VirtualSlot(&CParserOut::EndRow),          VirtualSlot(&CParserOut::BeginCell),
-        VirtualSlot(&CParserOut::EndCell),         VirtualSlot(&CParserOut::AddColumn),
-        VirtualSlot(&CParserOut::Reserved),        VirtualSlot(&CParserOut::WriteText),
-        VirtualSlot(&CParserOut::InsertImage),     VirtualSlot(&CParserOut::InsertObject)};
-    // Slots 0 and 1 hold the two destructor entries.
-    QList<int> expected;
-    for (int slot = 2; slot < 20; ++slot) expected << slot;
-    QCOMPARE(actual, expected);
-  }
-
   // Text decoding
   void text_ampersandLt_isDecodedTwice();
   void text_entities_decodeInFixedOrder_data();
@@ -233,6 +213,16 @@ void tst_HtmlParser::text_entities_decodeInFixedOrder_data() {
                                        << "&copy; &#60; &apos; &AMP;";
   QTest::newRow("unterminated") << "&amp &lt"
                                 << "&amp &lt";
+  QTest::newRow("amp then amp then lt") << "&amp;amp;lt;"
+                                        << "&amp;lt;";
+  QTest::newRow("decoded amp before an entity") << "&amp;&lt;&amp;&amp;gt;"
+                                                << "&<&>";
+  QTest::newRow("decoded amp before nbsp") << "&amp;&nbsp;"
+                                           << "& ";
+  QTest::newRow("entity joined by a removed line break") << "&am\r\np;l\nt;"
+                                                         << "<";
+  QTest::newRow("ampersand runs") << "&&&amp;&&lt;&"
+                                  << "&&&&<&";
 }
 
 void tst_HtmlParser::text_entities_decodeInFixedOrder() {
@@ -998,10 +988,12 @@ void tst_HtmlParser::deepNestingAndManyUnknownTags() {
 }
 
 void tst_HtmlParser::conversion_matchesLiteralSteps_onGeneratedInputs() {
+  // 200,000 short texts of up to 12 pieces (the fuzz harness compares long ones): about two
+  // seconds of CPU time here and a quarter of a minute with the sanitizers.
   QRandomGenerator random(8);
   int calls = 0;
-  for (int round = 0; round < 30000; ++round) {
-    const QString html = GeneratedHtml(random, 24);
+  for (int round = 0; round < 200000; ++round) {
+    const QString html = GeneratedHtml(random, 12);
     RecordingSink expected;
     LiteralParser(&expected).Convert(html);
     RecordingSink actual;
@@ -1014,7 +1006,7 @@ void tst_HtmlParser::conversion_matchesLiteralSteps_onGeneratedInputs() {
     }
   }
   // The inputs must reach the sink often enough for the comparison to mean something.
-  QVERIFY2(calls > 30000, qPrintable(QString::number(calls)));
+  QVERIFY2(calls > 200000, qPrintable(QString::number(calls)));
 }
 
 void tst_HtmlParser::tagReading_matchesLiteralSteps_onGeneratedInputs() {

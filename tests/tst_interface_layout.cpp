@@ -9,6 +9,7 @@
 #include "qt_util/event_handler/session_event_observer.h"
 #include "qt_util/event_handler/window_status_extend.h"
 #include "qt_util/html_parser.h"
+#include "qt_util/qt_ui_custom_theme_helper.h"
 #include "support/interface_order.h"
 
 using test_support::DeclaredSignals;
@@ -23,6 +24,7 @@ class tst_InterfaceLayout : public QObject {
   void screenObserver_signals();
   void monitorEventObserver_signals();
   void sessionEventObserver_signals();
+  void customThemeManager_operationSlots();
 };
 
 // Platform layers elsewhere override these by slot; did-leave sits before did-enter, unlike the
@@ -77,6 +79,25 @@ void tst_InterfaceLayout::monitorEventObserver_signals() {
 void tst_InterfaceLayout::sessionEventObserver_signals() {
   QCOMPARE(DeclaredSignals(SessionEventObserver::staticMetaObject),
            QStringList{"NotifySessionChange(bool)"});
+}
+
+// The client's theme engine implements these; the destructor is declared first.
+void tst_InterfaceLayout::customThemeManager_operationSlots() {
+  if (!test_support::kHasVirtualSlots) QSKIP("vtable layout not readable on this target");
+  const QList<int> actual{VirtualSlot(&ICustomThemeManager::CurrentThemeType),
+                          VirtualSlot(&ICustomThemeManager::GetThemeColorStr),
+                          VirtualSlot(&ICustomThemeManager::GetThemeColor),
+                          VirtualSlot(&ICustomThemeManager::GetThemeColorWithReplaceAlpha),
+                          VirtualSlot(&ICustomThemeManager::InstallAppThemeEventFilter),
+                          VirtualSlot(&ICustomThemeManager::GetThemeQColor),
+                          VirtualSlot(&ICustomThemeManager::GetCurrentThemeResPath),
+                          VirtualSlot(&ICustomThemeManager::IsCurrentDarkType),
+                          VirtualSlot(&ICustomThemeManager::CheckThemeColorTokenValid),
+                          VirtualSlot(&ICustomThemeManager::CheckSetupQss)};
+  // After the two destructor entries, one slot each, without gaps.
+  QList<int> expected;
+  for (int slot = 2; slot < 12; ++slot) expected << slot;
+  QCOMPARE(actual, expected);
 }
 
 QTEST_MAIN(tst_InterfaceLayout)

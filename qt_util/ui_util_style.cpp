@@ -1,0 +1,92 @@
+// Style sheets and accessibility keys of VxQtUiUtil.
+#include <QFile>
+#include <QListWidgetItem>
+#include <QVariant>
+#include <QWidget>
+
+#include "base/common/include/logger.h"
+#include "qt_util/qt_ui_custom_theme_helper.h"
+#include "qt_util/ui_util.h"
+
+namespace VxQtUiUtil {
+namespace {
+
+// The client's UI automation finds widgets by these forms; never change them.
+QString DescriptionKey(const QString& key) {
+  return QStringLiteral("atg__%1").arg(key);
+}
+QString NameKey(const QString& key) {
+  return QStringLiteral("atg__%1__name").arg(key);
+}
+
+}  // namespace
+
+void SetupQss(QWidget* widget, const QString& path, bool checkTheme) {
+  if (!widget) return;
+  if (checkTheme && !QTUICustomThemeHelper::SharedInstance()->CheckSetupQss(widget, path)) return;
+  QFile file(path);
+  if (file.open(QIODevice::ReadOnly)) {
+    widget->setStyleSheet(QString::fromUtf8(file.readAll()));
+    file.close();
+  } else {
+    QTU_LOG(base::log::kLevelFailure) << "qss not found";
+  }
+  // Marked even when the file was missing: selectors on the marker must match every widget
+  // that went through here.
+  widget->setProperty("widget-config", QStringLiteral("widget__config--main"));
+}
+
+QString GetQss(const QString& path) {
+  QString qss;
+  QFile file(path);
+  if (file.open(QIODevice::ReadOnly)) {
+    qss = QString::fromUtf8(file.readAll());
+    file.close();
+  }
+  return qss;
+}
+
+void SetAccessibleKey(QWidget* widget, const QString& key) {
+  if (!widget) return;
+  const QString used = key.isEmpty() ? widget->objectName() : key;
+  if (used.isEmpty()) {
+    QTU_LOG(base::log::kLevelFailure) << "key & objectName is empty";
+    return;
+  }
+  SetAccessibleInfo(widget, NameKey(used), DescriptionKey(used));
+}
+
+void SetAccessibleKey(QListWidgetItem* item, const QString& key) {
+  if (!item) return;
+  if (key.isEmpty()) {
+    // The widget variant's text, although an item has no object name to fall back on.
+    QTU_LOG(base::log::kLevelFailure) << "key & objectName is empty";
+    return;
+  }
+  item->setData(Qt::AccessibleTextRole, QVariant(DescriptionKey(key)));
+  item->setData(Qt::UserRole, QVariant(NameKey(key)));
+}
+
+QString AccessibleKeyOfRes(const QString& res) {
+  if (res.isEmpty()) {
+    QTU_LOG(base::log::kLevelFailure) << "res is empty";
+    return res;
+  }
+  const int slash = res.lastIndexOf(QLatin1Char('/'));
+  return slash >= 0 ? res.mid(slash + 1) : res;
+}
+
+void SetAccessibleName(QWidget* widget, const QString& name) {
+  if (widget) widget->setAccessibleName(name);
+}
+
+void SetAccessibleDesc(QWidget* widget, const QString& desc) {
+  if (widget) widget->setAccessibleDescription(desc);
+}
+
+void SetAccessibleInfo(QWidget* widget, const QString& name, const QString& desc) {
+  SetAccessibleName(widget, name);
+  SetAccessibleDesc(widget, desc);
+}
+
+}  // namespace VxQtUiUtil

@@ -1,0 +1,290 @@
+#include <QFile>
+#include <QImageIOHandler>
+#include <QPainter>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "qt_util/image_utils.h"
+#include "support/exif_jpeg.h"
+
+namespace {
+
+// An opaque picture whose every pixel differs from its neighbours' colour in a known way.
+QPixmap Gradient(int width, int height) {
+  QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      image.setPixel(x, y, qRgb(x * 255 / qMax(1, width - 1), y * 255 / qMax(1, height - 1), 90));
+    }
+  }
+  return QPixmap::fromImage(image);
+}
+
+// A 32x32 icon: an opaque blue disc on transparency, with a half-transparent ring round it.
+QPixmap Icon() {
+  QPixmap pixmap(32, 32);
+  pixmap.fill(Qt::transparent);
+  QPainter painter(&pixmap);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(QColor(0, 0, 255, 128));
+  painter.drawEllipse(QRect(4, 4, 24, 24));
+  painter.setBrush(QColor(0, 0, 255));
+  painter.drawEllipse(QRect(8, 8, 16, 16));
+  return pixmap;
+}
+
+QImage ToImage(const QPixmap& pixmap) {
+  return pixmap.toImage().convertToFormat(QImage::Format_ARGB32);
+}
+
+// A 40x20 picture, left half red and right half green, so a quarter turn is visible.
+QImage HalfAndHalf() {
+  QImage image(40, 20, QImage::Format_RGB32);
+  image.fill(Qt::red);
+  QPainter painter(&image);
+  painter.fillRect(20, 0, 20, 20, Qt::green);
+  return image;
+}
+
+}  // namespace
+
+class tst_ImageUtils : public QObject {
+  Q_OBJECT
+
+ private slots:
+  // Rounding
+  void makeRoundImage_radiusIsHalfTheHeight_data();
+  void makeRoundImage_radiusIsHalfTheHeight();
+  void makeRoundImage_widePixmapBecomesAPill();
+  void makeRoundRectImage_zeroOrNegativeRadius_equalsInput_data();
+  void makeRoundRectImage_zeroOrNegativeRadius_equalsInput();
+  void makeRoundRectImage_nullPixmap_isNull();
+  void makeRoundRectImage_cornerTransparentCentreKept();
+  void makeRoundRectImage_leavesInputUntouched();
+
+  // Mask
+  void makeRoundRectMask_blackOutsideTransparentInside();
+  void makeRoundRectMask_negativeRadius_isZero();
+  void makeRoundRectMask_offsetRect_isShifted();
+  void makeRoundRectMask_emptyRect_isNull();
+
+  // Tinting
+  void makeTintImage_invalidOrTransparentColor_returnsInput_data();
+  void makeTintImage_invalidOrTransparentColor_returnsInput();
+  void makeTintImage_opaqueRed_paintsShapeKeepsTransparency();
+  void makeTintImage_colorAlphaIsApplied();
+
+  // Orientation
+  void adjustImageTransformation_rotatedJpeg_swapsDimensions();
+  void adjustImageTransformation_noOrientation_isThePlainFile();
+  void adjustImageTransformation_unreadableFile_isNull();
+  void imageTransformation_reportsTheStoredOrientation_data();
+  void imageTransformation_reportsTheStoredOrientation();
+};
+
+void tst_ImageUtils::makeRoundImage_radiusIsHalfTheHeight_data() {
+  QTest::addColumn<QSize>("size");
+  QTest::addColumn<float>("radius");
+  QTest::addColumn<float>("other_radius");
+  QTest::newRow("100x40") << QSize(100, 40) << 20.0f << 19.0f;
+  QTest::newRow("odd height 41") << QSize(60, 41) << 20.0f << 20.5f;
+}
+
+void tst_ImageUtils::makeRoundImage_radiusIsHalfTheHeight() {
+  QFETCH(QSize, size);
+  QFETCH(float, radius);
+  QFETCH(float, other_radius);
+  const QPixmap source = Gradient(size.width(), size.height());
+  const QImage round = ToImage(QTImageUtils::MakeRoundImage(source));
+  QCOMPARE(round, ToImage(QTImageUtils::MakeRoundRectImage(source, radius)));
+  QVERIFY(round != ToImage(QTImageUtils::MakeRoundRectImage(source, other_radius)));
+}
+
+void tst_ImageUtils::makeRoundImage_widePixmapBecomesAPill() {
+  const QImage pill = ToImage(QTImageUtils::MakeRoundImage(Gradient(100, 40)));
+  QCOMPARE(pill.size(), QSize(100, 40));
+  // The ends are half discs: transparent at the corners, opaque along the straight middle.
+  QCOMPARE(qAlpha(pill.pixel(0, 0)), 0);
+  QCOMPARE(qAlpha(pill.pixel(99, 39)), 0);
+  QCOMPARE(qAlpha(pill.pixel(50, 0)), 255);
+  QCOMPARE(qAlpha(pill.pixel(50, 39)), 255);
+}
+
+void tst_ImageUtils::makeRoundRectImage_zeroOrNegativeRadius_equalsInput_data() {
+  QTest::addColumn<float>("radius");
+  QTest::newRow("zero") << 0.0f;
+  QTest::newRow("negative") << -8.0f;
+}
+
+void tst_ImageUtils::makeRoundRectImage_zeroOrNegativeRadius_equalsInput() {
+  QFETCH(float, radius);
+  const QPixmap source = Gradient(48, 30);
+  const QPixmap result = QTImageUtils::MakeRoundRectImage(source, radius);
+  QCOMPARE(result.size(), source.size());
+  QCOMPARE(ToImage(result), ToImage(source));
+}
+
+void tst_ImageUtils::makeRoundRectImage_nullPixmap_isNull() {
+  QVERIFY(QTImageUtils::MakeRoundRectImage(QPixmap(), 10).isNull());
+  QVERIFY(QTImageUtils::MakeRoundImage(QPixmap()).isNull());
+}
+
+void tst_ImageUtils::makeRoundRectImage_cornerTransparentCentreKept() {
+  const QPixmap source = Gradient(64, 64);
+  const QImage result = ToImage(QTImageUtils::MakeRoundRectImage(source, 16));
+  QCOMPARE(result.size(), QSize(64, 64));
+  for (const QPoint corner : {QPoint(0, 0), QPoint(63, 0), QPoint(0, 63), QPoint(63, 63)}) {
+    QCOMPARE(qAlpha(result.pixel(corner)), 0);
+  }
+  QCOMPARE(result.pixel(32, 32), ToImage(source).pixel(32, 32));
+  // Along an edge, clear of the corners, nothing is cut.
+  QCOMPARE(result.pixel(32, 0), ToImage(source).pixel(32, 0));
+}
+
+void tst_ImageUtils::makeRoundRectImage_leavesInputUntouched() {
+  const QPixmap source = Gradient(64, 64);
+  const QImage before = ToImage(source);
+  QTImageUtils::MakeRoundRectImage(source, 16);
+  QCOMPARE(ToImage(source), before);
+}
+
+void tst_ImageUtils::makeRoundRectMask_blackOutsideTransparentInside() {
+  const QImage mask = ToImage(QTImageUtils::MakeRoundRectMask(QRect(0, 0, 40, 30), 10));
+  QCOMPARE(mask.size(), QSize(40, 30));
+  QCOMPARE(mask.pixel(0, 0), qRgba(0, 0, 0, 255));
+  QCOMPARE(mask.pixel(39, 29), qRgba(0, 0, 0, 255));
+  QCOMPARE(qAlpha(mask.pixel(20, 15)), 0);
+  QCOMPARE(qAlpha(mask.pixel(20, 0)), 0);
+}
+
+void tst_ImageUtils::makeRoundRectMask_negativeRadius_isZero() {
+  const QImage negative = ToImage(QTImageUtils::MakeRoundRectMask(QRect(0, 0, 20, 20), -5));
+  QCOMPARE(negative, ToImage(QTImageUtils::MakeRoundRectMask(QRect(0, 0, 20, 20), 0)));
+  // With no rounding the whole rectangle is cleared, corners included.
+  QCOMPARE(qAlpha(negative.pixel(0, 0)), 0);
+}
+
+void tst_ImageUtils::makeRoundRectMask_offsetRect_isShifted() {
+  const QImage mask = ToImage(QTImageUtils::MakeRoundRectMask(QRect(10, 10, 30, 30), 6));
+  QCOMPARE(mask.size(), QSize(30, 30));
+  // The rounded rectangle lies at (10, 10) inside a 30x30 image: its black corner is there, and
+  // the part above and left of it keeps the initial transparent fill.
+  QCOMPARE(qAlpha(mask.pixel(0, 0)), 0);
+  QCOMPARE(qAlpha(mask.pixel(5, 20)), 0);
+  QCOMPARE(mask.pixel(10, 10), qRgba(0, 0, 0, 255));
+  QCOMPARE(qAlpha(mask.pixel(20, 20)), 0);
+  QCOMPARE(ToImage(QTImageUtils::MakeRoundRectMask(QRect(0, 0, 30, 30), 6)).pixel(0, 0),
+           qRgba(0, 0, 0, 255));
+}
+
+void tst_ImageUtils::makeRoundRectMask_emptyRect_isNull() {
+  QVERIFY(QTImageUtils::MakeRoundRectMask(QRect(0, 0, 0, 10), 4).isNull());
+}
+
+void tst_ImageUtils::makeTintImage_invalidOrTransparentColor_returnsInput_data() {
+  QTest::addColumn<QColor>("color");
+  QTest::newRow("invalid") << QColor();
+  QTest::newRow("transparent") << QColor(Qt::transparent);
+}
+
+void tst_ImageUtils::makeTintImage_invalidOrTransparentColor_returnsInput() {
+  QFETCH(QColor, color);
+  const QPixmap icon = Icon();
+  const QPixmap result = QTImageUtils::MakeTintImage(icon, color);
+  QCOMPARE(result.cacheKey(), icon.cacheKey());
+}
+
+void tst_ImageUtils::makeTintImage_opaqueRed_paintsShapeKeepsTransparency() {
+  const QImage source = ToImage(Icon());
+  const QImage tinted = ToImage(QTImageUtils::MakeTintImage(Icon(), QColor(Qt::red)));
+  QCOMPARE(tinted.size(), source.size());
+  int opaque = 0;
+  for (int y = 0; y < source.height(); ++y) {
+    for (int x = 0; x < source.width(); ++x) {
+      const QRgb before = source.pixel(x, y);
+      const QRgb after = tinted.pixel(x, y);
+      QCOMPARE(qAlpha(after), qAlpha(before));
+      if (qAlpha(before) == 255) {
+        QCOMPARE(after, qRgba(255, 0, 0, 255));
+        ++opaque;
+      }
+    }
+  }
+  QVERIFY(opaque > 100);
+  QCOMPARE(tinted.pixel(0, 0), qRgba(0, 0, 0, 0));
+}
+
+void tst_ImageUtils::makeTintImage_colorAlphaIsApplied() {
+  const QImage tinted = ToImage(QTImageUtils::MakeTintImage(Icon(), QColor(255, 0, 0, 128)));
+  // The colour is painted over the blue at its own alpha: a red and blue mix, still opaque.
+  const QRgb centre = tinted.pixel(16, 16);
+  QCOMPARE(qAlpha(centre), 255);
+  QVERIFY(qAbs(qRed(centre) - 128) <= 2);
+  QVERIFY(qAbs(qBlue(centre) - 127) <= 2);
+}
+
+void tst_ImageUtils::adjustImageTransformation_rotatedJpeg_swapsDimensions() {
+  QTemporaryDir dir;
+  const QString path = dir.filePath(QStringLiteral("camera.jpg"));
+  QFile file(path);
+  QVERIFY(file.open(QIODevice::WriteOnly));
+  file.write(test_support::WithExifOrientation(test_support::JpegBytes(HalfAndHalf()), 6));
+  file.close();
+
+  const QImage turned = ToImage(QTImageUtils::AdjustImageTransformation(path));
+  QCOMPARE(turned.size(), QSize(20, 40));
+  // A quarter turn clockwise puts the red left half on top.
+  QVERIFY(qRed(turned.pixel(10, 5)) > 200 && qGreen(turned.pixel(10, 5)) < 60);
+  QVERIFY(qGreen(turned.pixel(10, 35)) > 200 && qRed(turned.pixel(10, 35)) < 60);
+}
+
+void tst_ImageUtils::adjustImageTransformation_noOrientation_isThePlainFile() {
+  QTemporaryDir dir;
+  const QString path = dir.filePath(QStringLiteral("plain.jpg"));
+  QFile file(path);
+  QVERIFY(file.open(QIODevice::WriteOnly));
+  file.write(test_support::JpegBytes(HalfAndHalf()));
+  file.close();
+
+  const QPixmap result = QTImageUtils::AdjustImageTransformation(path);
+  QCOMPARE(result.size(), QSize(40, 20));
+  QCOMPARE(ToImage(result), ToImage(QPixmap(path)));
+}
+
+void tst_ImageUtils::adjustImageTransformation_unreadableFile_isNull() {
+  QTemporaryDir dir;
+  QVERIFY(
+      QTImageUtils::AdjustImageTransformation(dir.filePath(QStringLiteral("none.jpg"))).isNull());
+  const QString garbage = dir.filePath(QStringLiteral("garbage.jpg"));
+  QFile file(garbage);
+  QVERIFY(file.open(QIODevice::WriteOnly));
+  file.write("not a picture");
+  file.close();
+  QVERIFY(QTImageUtils::AdjustImageTransformation(garbage).isNull());
+  QCOMPARE(QTImageUtils::ImageTransformation(garbage), 0);
+}
+
+void tst_ImageUtils::imageTransformation_reportsTheStoredOrientation_data() {
+  QTest::addColumn<int>("orientation");
+  QTest::addColumn<int>("transformation");
+  QTest::newRow("1 none") << 1 << int(QImageIOHandler::TransformationNone);
+  QTest::newRow("3 rotate 180") << 3 << int(QImageIOHandler::TransformationRotate180);
+  QTest::newRow("6 rotate 90") << 6 << int(QImageIOHandler::TransformationRotate90);
+  QTest::newRow("8 rotate 270") << 8 << int(QImageIOHandler::TransformationRotate270);
+}
+
+void tst_ImageUtils::imageTransformation_reportsTheStoredOrientation() {
+  QFETCH(int, orientation);
+  QFETCH(int, transformation);
+  QTemporaryDir dir;
+  const QString path = dir.filePath(QStringLiteral("camera.jpg"));
+  QFile file(path);
+  QVERIFY(file.open(QIODevice::WriteOnly));
+  file.write(test_support::WithExifOrientation(test_support::JpegBytes(HalfAndHalf()),
+                                               quint16(orientation)));
+  file.close();
+  QCOMPARE(QTImageUtils::ImageTransformation(path), transformation);
+}
+
+QTEST_MAIN(tst_ImageUtils)
+#include "tst_image_utils.moc"
