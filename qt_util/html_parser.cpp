@@ -1,10 +1,62 @@
 #include "qt_util/html_parser.h"
 
 #include <QStringView>
+#include <QtAlgorithms>
 #include <algorithm>
 #include <cstdint>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace {
+
+// Eight characters of a text compared at once with a few given characters. A match mask has bit
+// 2i set when character i is one of them (the layout of a byte mask over two-byte characters);
+// Index turns its lowest set bit back into a character index. Text runs, tags and tag names are
+// a few to a few dozen characters long, so a block test ends most scans after one or two blocks,
+// where a character loop takes a branch per character and mispredicts its exit.
+class Chars8 {
+ public:
+  static constexpr int kCount = 8;
+
+  // Reads p[0, 8).
+  explicit Chars8(const QChar* p)
+#if defined(__SSE2__)
+      : chars_(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))) {
+  }
+#else
+      : chars_(p) {
+  }
+#endif
+
+  template <typename... C>
+  unsigned Match(C... c) const {
+#if defined(__SSE2__)
+    __m128i any = _mm_setzero_si128();
+    ((any = _mm_or_si128(any, _mm_cmpeq_epi16(chars_, _mm_set1_epi16(short(c))))), ...);
+    return unsigned(_mm_movemask_epi8(any)) & 0x5555u;
+#else
+    unsigned mask = 0;
+    for (int i = 0; i < kCount; ++i) {
+      const ushort u = chars_[i].unicode();
+      if (((u == ushort(c)) || ...)) mask |= 1u << (2 * i);
+    }
+    return mask;
+#endif
+  }
+
+  static int Index(unsigned mask) { return int(qCountTrailingZeroBits(mask)) >> 1; }
+  // The bits of the characters in front of the lowest set bit of `mask`, all when it is 0.
+  static unsigned Before(unsigned mask) { return mask ? (mask & (0u - mask)) - 1 : ~0u; }
+
+ private:
+#if defined(__SSE2__)
+  __m128i chars_;
+#else
+  const QChar* chars_;
+#endif
+};
 
 inline bool IsQuote(QChar c) {
   return c == QLatin1Char('"') || c == QLatin1Char('\'');
@@ -154,9 +206,64 @@ inline bool IsSpace(QChar c) {
   return c.isSpace();
 }
 
+// What a text run holds besides plain characters.
+enum RunContent : unsigned { kLineBreak = 1, kAmpersand = 2 };
+
+inline unsigned RunContentOf(QChar c) {
+  const ushort u = c.unicode();
+  return unsigned(u == '\r' || u == '\n') * kLineBreak | unsigned(u == '&') * kAmpersand;
+}
+
+// The end of the text run at `p`: the next "<", or `end`. `content` gets the RunContent bits of
+// the run, so that a run without line breaks or entities is neither searched nor rewritten.
+const QChar* ScanTextRun(const QChar* p, const QChar* end, unsigned& content) {
+  unsigned breaks = 0;
+  unsigned ampersands = 0;
+  for (; end - p >= Chars8::kCount; p += Chars8::kCount) {
+    const Chars8 block(p);
+    const unsigned tag = block.Match('<');
+    const unsigned before = Chars8::Before(tag);
+    breaks |= block.Match('\r', '\n') & before;
+    ampersands |= block.Match('&') & before;
+    if (tag) {
+      content = unsigned(breaks != 0) * kLineBreak | unsigned(ampersands != 0) * kAmpersand;
+      return p + Chars8::Index(tag);
+    }
+  }
+  content = unsigned(breaks != 0) * kLineBreak | unsigned(ampersands != 0) * kAmpersand;
+  for (; p < end && *p != QLatin1Char('<'); ++p) content |= RunContentOf(*p);
+  return p;
+}
+
+// The run, trimmed as QStringView::trimmed, without its line breaks and with its entities
+// decoded, in `buffer` (which keeps its capacity from run to run, so that a run costs no
+// allocation unless the sink keeps the text). False when nothing is left. Line breaks go first,
+// so that an entity they split is decoded whole. `content` holds the RunContent bits of `run`.
+bool PrepareTextRun(QStringView run, unsigned content, QString& buffer) {
+  const QChar* begin = run.begin();
+  const QChar* end = run.end();
+  while (begin < end && IsSpace(*begin)) ++begin;
+  while (end > begin && IsSpace(end[-1])) --end;
+  if (begin == end) return false;
+  buffer.resize(int(end - begin));
+  QChar* data = buffer.data();
+  if (content & kLineBreak) {
+    const QChar* kept = std::remove_copy_if(
+        begin, end, data, [](QChar c) { return c == QLatin1Char('\r') || c == QLatin1Char('\n'); });
+    buffer.resize(int(kept - data));
+  } else {
+    std::copy(begin, end, data);
+  }
+  if (content & kAmpersand) DecodeEntities(buffer);
+  return !buffer.isEmpty();
+}
+
+// html[begin, end) holds "<" and the tag text without the closing ">"; `space` is the first " "
+// in html[begin + 1, end), or -1.
 struct TagSpan {
   int begin;
   int end;
+  int space;
 };
 
 // Whether `c` can end a tag or open or close a quote: ">", a double or a single quote.
@@ -168,9 +275,9 @@ inline bool IsTagSpecial(QChar c) {
   return (unsigned(u < 64) & unsigned(kSpecial >> (u & 63))) != 0;
 }
 
-// The span of the raw tag at `pos` (which stands on "<"): html[begin, end) holds "<" and the tag
-// text without the closing ">". A ">" inside quotes does not end the tag. A tag that runs to the
-// end of the text loses its last character. `pos` is left behind the last character read.
+// The span of the raw tag at `pos` (which stands on "<"). A ">" inside quotes does not end the
+// tag. A tag that runs to the end of the text loses its last character. `pos` is left behind the
+// last character read. The first space comes with it, found in the same pass.
 //
 // Quotes nest as a stack: a quote pops the top when it equals it and is pushed otherwise. So
 // neighbouring entries always differ, the stack alternates between the two quote characters, and
@@ -180,7 +287,7 @@ Q_ALWAYS_INLINE TagSpan ReadTag(const QString& html, int& pos) {
   const int size = html.size();
   if (pos < 0 || pos >= size) {
     pos = size;
-    return {size, size};
+    return {size, size, -1};
   }
   const QChar* const data = html.constData();
   const int begin = pos;
@@ -192,34 +299,94 @@ Q_ALWAYS_INLINE TagSpan ReadTag(const QString& html, int& pos) {
     depth = 1;
     top = data[begin];
   }
+  // A ">", or a quote; true at the ">" that ends the tag. Outside quotes only a quote or ">"
+  // matters, inside them only a quote.
+  auto ends = [&depth, &top](QChar c) {
+    if (c == QLatin1Char('>')) return depth == 0;
+    if (depth == 0) {
+      depth = 1;
+      top = c;
+    } else {
+      depth += c == top ? -1 : 1;
+      top = QChar(ushort(top.unicode() ^ kFlip));
+    }
+    return false;
+  };
   // `next` points at the character being read; reading at the end (after a "<" that ends the
   // text) yields NUL, as a Qt string does, without touching memory outside it. The last character
   // read (the ">", or the final character of a tag that runs to the end) is not part of the tag;
-  // the text's last character ends the tag whatever it is. Outside quotes only a quote or ">"
-  // matters, inside them only a quote.
+  // the text's last character ends the tag whatever it is, so blocks stop in front of it.
   const QChar* const last = data + size - 1;
   const QChar* next = data + begin + 1;
-  for (;;) {
-    if (depth == 0) {
-      while (next < last && !IsTagSpecial(*next)) ++next;
-      if (next >= last || *next == QLatin1Char('>')) break;
-      depth = 1;
-      top = *next++;
-    } else {
-      for (; next < last; ++next) {
-        const QChar c = *next;
-        if (!IsQuote(c)) continue;
-        depth += c == top ? -1 : 1;
-        top = QChar(ushort(top.unicode() ^ kFlip));
-        if (depth == 0) break;
-      }
-      if (next >= last) break;
-      ++next;
+  const QChar* space = nullptr;
+  bool ended = false;
+  for (; !ended && last - next >= Chars8::kCount; next += Chars8::kCount) {
+    const Chars8 block(next);
+    if (!space) {
+      const unsigned spaces = block.Match(' ');
+      if (spaces) space = next + Chars8::Index(spaces);
     }
+    // The usual block holds quotes of one kind only, and either stands outside quotes or inside
+    // a single quote of that kind. Then the depth just alternates between 0 and 1 at each quote,
+    // and the characters inside quotes are those behind an odd number of them: the ">" that
+    // ends the tag is the first one behind an even number, found without a branch per quote.
+    const unsigned doubles = block.Match('"');
+    const unsigned singles = block.Match('\'');
+    const unsigned quotes = doubles | singles;
+    const QChar kind = doubles ? QLatin1Char('"') : QLatin1Char('\'');
+    if (quotes == 0 || ((doubles == 0 || singles == 0) && (depth == 0 || (depth == 1 && top == kind)))) {
+      unsigned inside = quotes;  // after each character: odd number of quotes so far
+      inside ^= inside << 2;
+      inside ^= inside << 4;
+      inside ^= inside << 8;
+      if (depth != 0) inside = ~inside;
+      const unsigned closing = block.Match('>') & ~inside & 0x5555u;
+      if (closing) {
+        next += Chars8::Index(closing) - Chars8::kCount;  // the loop's step brings it back
+        ended = true;
+      } else if (quotes != 0 && qPopulationCount(quotes) % 2 != 0) {
+        depth ^= 1;
+        top = kind;
+      }
+      continue;
+    }
+    for (unsigned special = block.Match('"', '\'', '>'); special; special &= special - 1) {
+      const int i = Chars8::Index(special);
+      if (ends(next[i])) {
+        next += i - Chars8::kCount;  // the loop's step brings it back onto the ">"
+        ended = true;
+        break;
+      }
+    }
+  }
+  for (; !ended && next < last; ++next) {
+    if (!space && *next == QLatin1Char(' ')) space = next;
+    if (IsTagSpecial(*next) && ends(*next)) break;
   }
   const int end = int(next - data);
   pos = end + 1;
-  return {begin, std::min(end, size)};
+  const int spaceAt = space && space < next ? int(space - data) : -1;
+  return {begin, std::min(end, size), spaceAt};
+}
+
+// Most tags are a name alone, "<b>" or "</font>", and end within eight characters of their "<":
+// one block then tells where the tag ends and that it holds no space and no quote. Reads such a
+// tag at `pos` as ReadTag and SplitTag would (its key, whether it closes, `pos` behind its ">")
+// and returns true; returns false, leaving everything alone, for any other tag.
+inline bool ReadPlainTag(const QString& html, int& pos, QStringView& key, bool& isClose) {
+  // The block stays in front of the text's last character, which ends a tag whatever it is.
+  if (pos < 0 || html.size() - pos <= Chars8::kCount) return false;
+  const QChar* const p = html.constData() + pos;
+  if (*p != QLatin1Char('<')) return false;
+  const Chars8 block(p);
+  const unsigned end = block.Match('>');
+  if (end == 0 || (block.Match('"', '\'', ' ') & Chars8::Before(end)) != 0) return false;
+  const int length = Chars8::Index(end);
+  const int skip = length > 1 && p[1] == QLatin1Char('/') ? 1 : 0;
+  isClose = skip != 0;
+  key = length - skip > 1 ? QStringView(p + skip + 1, length - skip - 1) : QStringView();
+  pos += length + 1;
+  return true;
 }
 
 // QString::mid on a view: a negative or too long `length` keeps the rest.
@@ -243,11 +410,9 @@ struct TagParts {
   bool selfClosing = false;
 };
 
-TagParts SplitTag(QStringView tag) {
+// `space` is the index of the tag's first " ", or its size when it has none.
+inline TagParts SplitTag(QStringView tag, int space) {
   TagParts parts;
-  // Tag names are short: a plain loop beats the library search and its call.
-  int space = 0;
-  while (space < tag.size() && tag[space] != QLatin1Char(' ')) ++space;
   if (space == tag.size()) {
     parts.key = Mid(tag, 1);
     return parts;
@@ -258,6 +423,12 @@ TagParts SplitTag(QStringView tag) {
                       !parts.rawArgs.contains(QLatin1Char('"'));
   parts.key = parts.selfClosing ? Mid(tag, 1, int(tag.size()) - 3) : Mid(tag, 1, space - 1);
   return parts;
+}
+
+TagParts SplitTag(QStringView tag) {
+  int space = 0;
+  while (space < tag.size() && tag[space] != QLatin1Char(' ')) ++space;
+  return SplitTag(tag, space);
 }
 
 // The argument text a handler gets: none for a self-closing tag, else the arguments with CRLF
@@ -311,8 +482,9 @@ enum class CHTMLParser::Tag : unsigned char {
 // The handler of a key, lower-cased first. Plain ASCII is folded by hand into a small buffer; a
 // key with any other character goes through QString::toLower, whose mappings can turn such a
 // character into an ASCII letter. Lower-casing never shortens a text, so a key longer than the
-// longest entry matches nothing.
-CHTMLParser::Tag CHTMLParser::FindTag(QStringView key) {
+// longest entry matches nothing. Inline, and so not exported: only ParseTag and the overload
+// below call it.
+inline CHTMLParser::Tag CHTMLParser::FindTag(QStringView key, const QChar* readableEnd) {
   struct Entry {
     const char* key;
     int length;
@@ -406,6 +578,33 @@ CHTMLParser::Tag CHTMLParser::FindTag(QStringView key) {
   Packed packed;
   packed.length = length;
   const QChar* chars = key.data();
+  auto find = [](const Packed& wanted) {
+    for (int slot = wanted.Slot();; slot = (slot + 1) % 64) {
+      const Slot& entry = kSlots.slots[slot];
+      if (entry.key == wanted) return entry.tag;
+      if (entry.key.length < 0) return Tag::kNone;
+    }
+  };
+#if defined(__SSE2__)
+  // A name of up to seven characters (every name but the attribute-keyed ones) is folded and
+  // packed eight characters at once, without a branch, when eight can be read.
+  if (length > 0 && length < 8 && readableEnd - chars >= 8) {
+    const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(chars));
+    v = _mm_and_si128(v, _mm_cmplt_epi16(lane, _mm_set1_epi16(short(length))));
+    const __m128i ascii = _mm_cmpeq_epi16(_mm_and_si128(v, _mm_set1_epi16(short(0xff80))),
+                                          _mm_setzero_si128());
+    if (_mm_movemask_epi8(ascii) == 0xffff) {
+      const __m128i upper = _mm_and_si128(_mm_cmpgt_epi16(v, _mm_set1_epi16('A' - 1)),
+                                          _mm_cmplt_epi16(v, _mm_set1_epi16('Z' + 1)));
+      v = _mm_add_epi16(v, _mm_and_si128(upper, _mm_set1_epi16('a' - 'A')));
+      packed.low = uint64_t(_mm_cvtsi128_si64(_mm_packus_epi16(v, v)));
+      return find(packed);
+    }
+  }
+#else
+  Q_UNUSED(readableEnd);
+#endif
   ushort any = 0;
   for (int i = 0; i < std::min(length, 8); ++i) {
     const ushort c = chars[i].unicode();
@@ -428,11 +627,11 @@ CHTMLParser::Tag CHTMLParser::FindTag(QStringView key) {
       packed.Add(k, static_cast<unsigned char>(lowered.at(k).unicode()));
     }
   }
-  for (int slot = packed.Slot();; slot = (slot + 1) % 64) {
-    const Slot& entry = kSlots.slots[slot];
-    if (entry.key == packed) return entry.tag;
-    if (entry.key.length < 0) return Tag::kNone;
-  }
+  return find(packed);
+}
+
+CHTMLParser::Tag CHTMLParser::FindTag(QStringView key) {
+  return FindTag(key, key.data() + key.size());
 }
 
 CHTMLParser::CHTMLParser(const QString& html, CParserOut* out) : output(out) {
@@ -457,41 +656,28 @@ void CHTMLParser::ProcessHTML(const QString& html) {
   keepAttributes = false;
   attributes.clear();
 
-  // The text buffer is emptied at every "<", so it only ever holds one run of characters
-  // between two tags; it is kept as a span of the copy instead of being copied out.
-  // Only a tag can change inScript, so one test per run is as good as one per character.
-  int textBegin = 0;
-  int textEnd = 0;
+  // Each run of text between two tags is emitted as soon as it is found: the original loop
+  // collected it until the next "<" or the end of the text, which comes right after it. Only a
+  // tag can change inScript, so one test per run is as good as one per character.
   int pos = 0;
   const int size = copy.size();
+  const QChar* const data = copy.constData();
   // The attribute map of the last tag whose map was not filled, filled at the end.
   bool deferred = false;
   QStringView deferredArgs;
   while (pos < size) {
-    if (copy.at(pos) != QLatin1Char('<')) {
-      // Most runs between two tags are a few characters; the library search pays off on long ones.
-      const QChar* data = copy.constData();
-      int next = pos + 1;
-      const int shortEnd = std::min(size, pos + 32);
-      while (next < shortEnd && data[next] != QLatin1Char('<')) ++next;
-      if (next == shortEnd && next < size) {
-        next = copy.indexOf(QLatin1Char('<'), next);
-        if (next < 0) next = size;
-      }
-      if (!output->inScript) {
-        textBegin = pos;
-        textEnd = next;
+    if (data[pos] != QLatin1Char('<')) {
+      unsigned content = 0;
+      const int next = int(ScanTextRun(data + pos, data + size, content) - data);
+      if (!output->inScript && outputEnabled &&
+          PrepareTextRun(QStringView(data + pos, next - pos), content, text_)) {
+        output->WriteText(text_);
       }
       pos = next;
     } else {
-      if (textEnd > textBegin) {
-        EmitText(QStringView(copy.constData() + textBegin, textEnd - textBegin));
-        textBegin = textEnd = 0;
-      }
       deferred = ParseTag(copy, pos, &deferredArgs);
     }
   }
-  EmitText(QStringView(copy.constData() + textBegin, textEnd - textBegin));
   // The map ends as the last tag left it, as if every tag had filled it.
   if (deferred) {
     attributes.clear();
@@ -557,15 +743,23 @@ void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
 }
 
 bool CHTMLParser::ParseTag(const QString& html, int& pos, QStringView* deferredArgs) {
-  const TagSpan raw = ReadTag(html, pos);
-  // A closing tag loses its "<"; the "/" stays in front for the split to cut. Index 1 of a
-  // one-character tag lies past its end, where a Qt string yields NUL: not a closing tag.
-  const int skip =
-      raw.end - raw.begin > 1 ? int(html.constData()[raw.begin + 1] == QLatin1Char('/')) : 0;
-  const bool isClose = skip != 0;
-  const TagParts parts =
-      SplitTag(QStringView(html.constData() + raw.begin + skip, raw.end - raw.begin - skip));
-  const Tag tag = FindTag(parts.key);
+  const QChar* const data = html.constData();
+  TagParts parts;
+  bool isClose = false;
+  if (!ReadPlainTag(html, pos, parts.key, isClose)) {
+    const TagSpan raw = ReadTag(html, pos);
+    // A closing tag loses its "<"; the "/" stays in front for the split to cut. Index 1 of a
+    // one-character tag lies past its end, where a Qt string yields NUL: not a closing tag.
+    const int skip = raw.end - raw.begin > 1 ? int(data[raw.begin + 1] == QLatin1Char('/')) : 0;
+    isClose = skip != 0;
+    const QStringView text(data + raw.begin + skip, raw.end - raw.begin - skip);
+    // The reader found the first space behind the first character; only a direct call of
+    // ParseTagFromHTML can start a tag on a space.
+    int space = raw.space >= 0 ? raw.space - (raw.begin + skip) : int(text.size());
+    if (!text.isEmpty() && text.front() == QLatin1Char(' ')) space = 0;
+    parts = SplitTag(text, space);
+  }
+  const Tag tag = FindTag(parts.key, data + html.size());
 
   const bool defer = deferredArgs && !keepAttributes && tag != Tag::kImage;
   if (defer) {
@@ -655,32 +849,9 @@ void CHTMLParser::WriteText(QString& text) {
 void CHTMLParser::EmitText(QStringView text) {
   CParserOut* out = EnabledOutput();
   if (!out) return;
-  // QStringView::trimmed, without the call.
-  const QChar* begin = text.begin();
-  const QChar* end = text.end();
-  while (begin < end && IsSpace(*begin)) ++begin;
-  while (end > begin && IsSpace(end[-1])) --end;
-  if (begin == end) return;
-  // Copied into a buffer that keeps its capacity, so that a run costs no allocation unless the
-  // sink keeps the text. Line breaks go first, so that an entity they split is decoded whole.
-  // One branch-free pass finds line breaks and "&" (a compiler tests many characters at once);
-  // on runs of a few words it beats three calls of the library's vectorised search.
-  unsigned found = 0;
-  for (const QChar* c = begin; c < end; ++c) {
-    const ushort u = c->unicode();
-    found |= unsigned(u == '\r' || u == '\n') | unsigned(u == '&') << 1;
-  }
-  text_.resize(int(end - begin));
-  QChar* data = text_.data();
-  if (found & 1) {
-    const QChar* kept = std::remove_copy_if(
-        begin, end, data, [](QChar c) { return c == QLatin1Char('\r') || c == QLatin1Char('\n'); });
-    text_.resize(int(kept - data));
-  } else {
-    std::copy(begin, end, data);
-  }
-  if (found & 2) DecodeEntities(text_);
-  if (!text_.isEmpty()) out->WriteText(text_);
+  unsigned content = 0;
+  for (QChar c : text) content |= RunContentOf(c);
+  if (PrepareTextRun(text, content, text_)) out->WriteText(text_);
 }
 
 QColor CHTMLParser::ParseColor(QString value) {
