@@ -48,10 +48,47 @@ class Chars8 {
 
   static int Index(unsigned mask) { return int(qCountTrailingZeroBits(mask)) >> 1; }
   // The bits of the characters in front of the lowest set bit of `mask`, all when it is 0.
-  static unsigned Before(unsigned mask) { return mask ? (mask & (0u - mask)) - 1 : ~0u; }
+  static unsigned Before(unsigned mask) { return (mask & (0u - mask)) - 1; }
+
+  // The block from its character `count` (1 or 2) on; characters moved in from behind it are
+  // never read.
+  Chars8 From(int count) const {
+#if defined(__SSE2__)
+    const __m128i two = _mm_set1_epi16(short(-(count == 2)));
+    return Chars8(_mm_or_si128(_mm_andnot_si128(two, _mm_srli_si128(chars_, 2)),
+                               _mm_and_si128(two, _mm_srli_si128(chars_, 4))));
+#else
+    return Chars8(chars_ + count);
+#endif
+  }
+
+  // Characters [0, length) (length at most 8), lower-cased, one byte each in `low`, the rest 0;
+  // false when one of them is not plain ASCII. Without a branch per character.
+  bool PackLower(int length, uint64_t& low) const {
+#if defined(__SSE2__)
+    const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
+    __m128i v = _mm_and_si128(chars_, _mm_cmplt_epi16(lane, _mm_set1_epi16(short(length))));
+    const __m128i ascii = _mm_cmpeq_epi16(_mm_and_si128(v, _mm_set1_epi16(short(0xff80))),
+                                          _mm_setzero_si128());
+    if (_mm_movemask_epi8(ascii) != 0xffff) return false;
+    const __m128i upper = _mm_and_si128(_mm_cmpgt_epi16(v, _mm_set1_epi16('A' - 1)),
+                                        _mm_cmplt_epi16(v, _mm_set1_epi16('Z' + 1)));
+    v = _mm_add_epi16(v, _mm_and_si128(upper, _mm_set1_epi16('a' - 'A')));
+    low = uint64_t(_mm_cvtsi128_si64(_mm_packus_epi16(v, v)));
+#else
+    low = 0;
+    for (int i = 0; i < length; ++i) {
+      const ushort c = chars_[i].unicode();
+      if (c >= 0x80) return false;
+      low |= uint64_t(c - 'A' < 26u ? c + ('a' - 'A') : c) << (8 * i);
+    }
+#endif
+    return true;
+  }
 
  private:
 #if defined(__SSE2__)
+  explicit Chars8(__m128i chars) : chars_(chars) {}
   __m128i chars_;
 #else
   const QChar* chars_;
@@ -113,8 +150,10 @@ void ReplaceAll(QString& text, QLatin1String needle, QChar replacement) {
 // in an entity. The six passes therefore replace exactly the entities of the text, except that
 // the "&" an "&amp;" leaves behind begins one of the four later entities when the text that
 // follows completes it: "&amp;lt;" ends as "<" (but "&amp;nbsp;" as "&nbsp;", since "&nbsp;" was
-// decoded before). Text is only ever shortened, so the pass writes behind where it reads.
-void DecodeEntities(QString& text) {
+// decoded before). Decodes source[0, size) into `target` and returns the decoded length;
+// `target` may be `source` itself, since text only ever shortens and the pass writes behind
+// where it reads.
+int DecodeEntities(const QChar* source, int size, QChar* target) {
   struct Entity {
     QLatin1String name;  // without its "&"
     QChar character;
@@ -123,8 +162,7 @@ void DecodeEntities(QString& text) {
                                   {QLatin1String("gt;"), QLatin1Char('>')},
                                   {QLatin1String("quot;"), QLatin1Char('"')},
                                   {QLatin1String("#39;"), QLatin1Char('\'')}};
-  const int size = text.size();
-  QChar* data = text.data();
+  const QChar* const data = source;
   // The entity of kLater whose name starts at `at`, or null.
   auto later = [&](int at) -> const Entity* {
     for (const Entity& entity : kLater) {
@@ -137,65 +175,54 @@ void DecodeEntities(QString& text) {
   while (in < size) {
     const QChar c = data[in];
     if (c != QLatin1Char('&')) {
-      data[out++] = c;
+      target[out++] = c;
       ++in;
     } else if (MatchesAt(data, size, in, QLatin1String("&nbsp;"))) {
-      data[out++] = QLatin1Char(' ');
+      target[out++] = QLatin1Char(' ');
       in += 6;
     } else if (MatchesAt(data, size, in, QLatin1String("&amp;"))) {
       // The "&" left behind, and what follows it as one of the later entities.
       in += 5;
       if (const Entity* entity = later(in)) {
-        data[out++] = entity->character;
+        target[out++] = entity->character;
         in += entity->name.size();
       } else {
-        data[out++] = QLatin1Char('&');
+        target[out++] = QLatin1Char('&');
       }
     } else if (const Entity* entity = later(in + 1)) {
-      data[out++] = entity->character;
+      target[out++] = entity->character;
       in += 1 + entity->name.size();
     } else {
-      data[out++] = c;
+      target[out++] = c;
       ++in;
     }
   }
-  text.resize(out);
-}
-
-// QString::toLower in place, without the case tables for the plain ASCII of tag names and
-// attributes.
-void ToLowerInPlace(QString& text) {
-  const QChar* data = text.constData();
-  const int size = text.size();
-  int i = 0;
-  while (i < size && data[i].unicode() < 0x80 &&
-         !(data[i] >= QLatin1Char('A') && data[i] <= QLatin1Char('Z'))) {
-    ++i;
-  }
-  if (i == size) return;
-  QChar* out = text.data();
-  for (; i < size; ++i) {
-    const ushort c = out[i].unicode();
-    if (c >= 0x80) {
-      text = std::move(text).toLower();
-      return;
-    }
-    if (c >= 'A' && c <= 'Z') out[i] = QChar(ushort(c + ('a' - 'A')));
-  }
+  return out;
 }
 
 // The lower-cased text of `view` without surrounding white space (as QString::trimmed) and,
 // when `stripQuotes` is set, then without leading and trailing quote characters: `^["']+` and
 // `["']+$` done by hand, since both patterns rescan a quote run from every start position, which
-// is quadratic on a value made of quotes.
+// is quadratic on a value made of quotes. Plain ASCII, the rule for tag attributes, is folded
+// while it is copied, in one pass the compiler vectorises; other text goes through
+// QString::toLower.
 QString TrimmedLower(QStringView view, bool stripQuotes) {
   view = view.trimmed();
   if (stripQuotes) {
     while (!view.isEmpty() && IsQuote(view.front())) view = view.mid(1);
     while (!view.isEmpty() && IsQuote(view.back())) view.chop(1);
   }
-  QString text = view.toString();
-  ToLowerInPlace(text);
+  const int size = int(view.size());
+  QString text(size, Qt::Uninitialized);
+  const QChar* in = view.data();
+  QChar* out = text.data();
+  ushort any = 0;
+  for (int i = 0; i < size; ++i) {
+    const ushort c = in[i].unicode();
+    any |= c;
+    out[i] = QChar(ushort(c + (ushort(c - 'A') < 26 ? 'a' - 'A' : 0)));
+  }
+  if (any >= 0x80) return view.toString().toLower();
   return text;
 }
 
@@ -247,15 +274,22 @@ bool PrepareTextRun(QStringView run, unsigned content, QString& buffer) {
   if (begin == end) return false;
   buffer.resize(int(end - begin));
   QChar* data = buffer.data();
+  int size = int(end - begin);
   if (content & kLineBreak) {
-    const QChar* kept = std::remove_copy_if(
-        begin, end, data, [](QChar c) { return c == QLatin1Char('\r') || c == QLatin1Char('\n'); });
-    buffer.resize(int(kept - data));
+    size = int(std::remove_copy_if(begin, end, data,
+                                   [](QChar c) {
+                                     return c == QLatin1Char('\r') || c == QLatin1Char('\n');
+                                   }) -
+               data);
+    if (content & kAmpersand) size = DecodeEntities(data, size, data);
+  } else if (content & kAmpersand) {
+    // Decoded on the way in: a long run full of entities writes only what it keeps.
+    size = DecodeEntities(begin, size, data);
   } else {
     std::copy(begin, end, data);
   }
-  if (content & kAmpersand) DecodeEntities(buffer);
-  return !buffer.isEmpty();
+  buffer.resize(size);
+  return size > 0;
 }
 
 // html[begin, end) holds "<" and the tag text without the closing ">"; `space` is the first " "
@@ -350,6 +384,24 @@ Q_ALWAYS_INLINE TagSpan ReadTag(const QString& html, int& pos) {
       }
       continue;
     }
+    // Deeper than a block holds quotes, the stack cannot empty within the block, so no ">" ends
+    // the tag there and only the quotes count. Every quote flips the top, so the top a quote
+    // meets is the block's first top flipped once per quote before it; the quote pops when it
+    // equals that, i.e. when its kind, flipped for an odd number of quotes before it, is the
+    // first top.
+    if (depth > Chars8::kCount) {
+      unsigned rank = quotes;  // after each quote: odd number of quotes so far
+      rank ^= rank << 2;
+      rank ^= rank << 4;
+      rank ^= rank << 8;
+      const unsigned oddRank = (rank ^ quotes) & quotes;
+      const unsigned asDouble = (doubles ^ oddRank) & quotes;
+      const unsigned pops = top == QLatin1Char('"') ? asDouble : quotes & ~asDouble;
+      const int count = qPopulationCount(quotes);
+      depth += count - 2 * qPopulationCount(pops);
+      if (count % 2 != 0) top = QChar(ushort(top.unicode() ^ kFlip));
+      continue;
+    }
     for (unsigned special = block.Match('"', '\'', '>'); special; special &= special - 1) {
       const int i = Chars8::Index(special);
       if (ends(next[i])) {
@@ -373,7 +425,9 @@ Q_ALWAYS_INLINE TagSpan ReadTag(const QString& html, int& pos) {
 // one block then tells where the tag ends and that it holds no space and no quote. Reads such a
 // tag at `pos` as ReadTag and SplitTag would (its key, whether it closes, `pos` behind its ">")
 // and returns true; returns false, leaving everything alone, for any other tag.
-inline bool ReadPlainTag(const QString& html, int& pos, QStringView& key, bool& isClose) {
+// `packed` gets the key as Chars8::PackLower packs it, and `isPacked` whether it could.
+inline bool ReadPlainTag(const QString& html, int& pos, QStringView& key, bool& isClose,
+                         uint64_t& packed, bool& isPacked) {
   // The block stays in front of the text's last character, which ends a tag whatever it is.
   if (pos < 0 || html.size() - pos <= Chars8::kCount) return false;
   const QChar* const p = html.constData() + pos;
@@ -384,7 +438,9 @@ inline bool ReadPlainTag(const QString& html, int& pos, QStringView& key, bool& 
   const int length = Chars8::Index(end);
   const int skip = length > 1 && p[1] == QLatin1Char('/') ? 1 : 0;
   isClose = skip != 0;
-  key = length - skip > 1 ? QStringView(p + skip + 1, length - skip - 1) : QStringView();
+  const int keyLength = std::max(length - skip - 1, 0);
+  key = keyLength > 0 ? QStringView(p + skip + 1, keyLength) : QStringView();
+  isPacked = block.From(skip + 1).PackLower(keyLength, packed);
   pos += length + 1;
   return true;
 }
@@ -479,12 +535,36 @@ enum class CHTMLParser::Tag : unsigned char {
   kBody,
 };
 
-// The handler of a key, lower-cased first. Plain ASCII is folded by hand into a small buffer; a
-// key with any other character goes through QString::toLower, whose mappings can turn such a
-// character into an ASCII letter. Lower-casing never shortens a text, so a key longer than the
-// longest entry matches nothing. Inline, and so not exported: only ParseTag and the overload
-// below call it.
-inline CHTMLParser::Tag CHTMLParser::FindTag(QStringView key, const QChar* readableEnd) {
+namespace {
+
+// A key of up to twelve ASCII characters packs into two integers, one byte a character; with
+// its length (a key may hold NUL) that identifies it. The keys sit in a small open-addressing
+// table, so a lookup is one multiplication and, as a rule, one comparison.
+struct PackedKey {
+  uint64_t low = 0;
+  uint64_t high = 0;
+  int length = -1;
+  constexpr void Add(int i, unsigned char c) {
+    if (i < 8) {
+      low |= uint64_t(c) << (8 * i);
+    } else {
+      high |= uint64_t(c) << (8 * (i - 8));
+    }
+  }
+  constexpr bool operator==(const PackedKey& other) const {
+    return low == other.low && high == other.high && length == other.length;
+  }
+  constexpr int Slot() const {
+    return int(((low ^ (high << 8) ^ uint64_t(length)) * 0x9E3779B97F4A7C15ull) >> 58);
+  }
+};
+constexpr int kLongestKey = 12;
+
+}  // namespace
+
+// The handler of a lower-cased key packed as PackedKey packs it. Inline, and so not exported:
+// only this file calls it.
+inline CHTMLParser::Tag CHTMLParser::FindTag(uint64_t low, uint64_t high, int length) {
   struct Entry {
     const char* key;
     int length;
@@ -529,31 +609,8 @@ inline CHTMLParser::Tag CHTMLParser::FindTag(QStringView key, const QChar* reada
       QTU_TAG("body", Tag::kBody),
   };
 #undef QTU_TAG
-  constexpr int kLongestKey = 12;
-
-  // A key of up to twelve ASCII characters packs into two integers, one byte a character; with
-  // its length (a key may hold NUL) that identifies it. The keys sit in a small open-addressing
-  // table, so a lookup is one multiplication and, as a rule, one comparison.
-  struct Packed {
-    uint64_t low = 0;
-    uint64_t high = 0;
-    int length = -1;
-    constexpr void Add(int i, unsigned char c) {
-      if (i < 8) {
-        low |= uint64_t(c) << (8 * i);
-      } else {
-        high |= uint64_t(c) << (8 * (i - 8));
-      }
-    }
-    constexpr bool operator==(const Packed& other) const {
-      return low == other.low && high == other.high && length == other.length;
-    }
-    constexpr int Slot() const {
-      return int(((low ^ (high << 8) ^ uint64_t(length)) * 0x9E3779B97F4A7C15ull) >> 58);
-    }
-  };
   struct Slot {
-    Packed key;
+    PackedKey key;
     Tag tag = Tag::kNone;
   };
   struct Slots {
@@ -562,7 +619,7 @@ inline CHTMLParser::Tag CHTMLParser::FindTag(QStringView key, const QChar* reada
   static constexpr Slots kSlots = [] {
     Slots table{};
     for (const Entry& entry : kTable) {
-      Packed key;
+      PackedKey key;
       key.length = entry.length;
       for (int i = 0; i < entry.length; ++i) key.Add(i, static_cast<unsigned char>(entry.key[i]));
       int slot = key.Slot();
@@ -572,66 +629,41 @@ inline CHTMLParser::Tag CHTMLParser::FindTag(QStringView key, const QChar* reada
     return table;
   }();
 
+  const PackedKey wanted{low, high, length};
+  for (int slot = wanted.Slot();; slot = (slot + 1) % 64) {
+    const Slot& entry = kSlots.slots[slot];
+    if (entry.key == wanted) return entry.tag;
+    if (entry.key.length < 0) return Tag::kNone;
+  }
+}
+
+// The handler of a key, lower-cased first. Plain ASCII is folded by hand; a key with any other
+// character goes through QString::toLower, whose mappings can turn such a character into an
+// ASCII letter. Lower-casing never shortens a text, so a key longer than the longest entry
+// matches nothing.
+CHTMLParser::Tag CHTMLParser::FindTag(QStringView key) {
   const int length = int(key.size());
   if (length > kLongestKey) return Tag::kNone;
-  // Folded by hand when the key is plain ASCII, the common case; otherwise by toLower below.
-  Packed packed;
+  PackedKey packed;
   packed.length = length;
   const QChar* chars = key.data();
-  auto find = [](const Packed& wanted) {
-    for (int slot = wanted.Slot();; slot = (slot + 1) % 64) {
-      const Slot& entry = kSlots.slots[slot];
-      if (entry.key == wanted) return entry.tag;
-      if (entry.key.length < 0) return Tag::kNone;
-    }
-  };
-#if defined(__SSE2__)
-  // A name of up to seven characters (every name but the attribute-keyed ones) is folded and
-  // packed eight characters at once, without a branch, when eight can be read.
-  if (length > 0 && length < 8 && readableEnd - chars >= 8) {
-    const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
-    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(chars));
-    v = _mm_and_si128(v, _mm_cmplt_epi16(lane, _mm_set1_epi16(short(length))));
-    const __m128i ascii = _mm_cmpeq_epi16(_mm_and_si128(v, _mm_set1_epi16(short(0xff80))),
-                                          _mm_setzero_si128());
-    if (_mm_movemask_epi8(ascii) == 0xffff) {
-      const __m128i upper = _mm_and_si128(_mm_cmpgt_epi16(v, _mm_set1_epi16('A' - 1)),
-                                          _mm_cmplt_epi16(v, _mm_set1_epi16('Z' + 1)));
-      v = _mm_add_epi16(v, _mm_and_si128(upper, _mm_set1_epi16('a' - 'A')));
-      packed.low = uint64_t(_mm_cvtsi128_si64(_mm_packus_epi16(v, v)));
-      return find(packed);
-    }
-  }
-#else
-  Q_UNUSED(readableEnd);
-#endif
   ushort any = 0;
-  for (int i = 0; i < std::min(length, 8); ++i) {
+  for (int i = 0; i < length; ++i) {
     const ushort c = chars[i].unicode();
     any |= c;
-    packed.low |= uint64_t(ushort(c + (ushort(c - 'A') < 26 ? 'a' - 'A' : 0)) & 0xff) << (8 * i);
-  }
-  for (int i = 8; i < length; ++i) {
-    const ushort c = chars[i].unicode();
-    any |= c;
-    packed.high |= uint64_t(ushort(c + (ushort(c - 'A') < 26 ? 'a' - 'A' : 0)) & 0xff)
-                   << (8 * (i - 8));
+    packed.Add(i, static_cast<unsigned char>(ushort(c + (ushort(c - 'A') < 26 ? 'a' - 'A' : 0))));
   }
   if (any >= 0x80) {
     const QString lowered = key.toString().toLower();
     if (lowered.size() > kLongestKey) return Tag::kNone;
-    packed = Packed();
+    packed = PackedKey();
     packed.length = int(lowered.size());
     for (int k = 0; k < lowered.size(); ++k) {
       if (lowered.at(k).unicode() >= 0x80) return Tag::kNone;
       packed.Add(k, static_cast<unsigned char>(lowered.at(k).unicode()));
     }
   }
-  return find(packed);
-}
-
-CHTMLParser::Tag CHTMLParser::FindTag(QStringView key) {
-  return FindTag(key, key.data() + key.size());
+  return FindTag(packed.low, packed.high, packed.length);
 }
 
 CHTMLParser::CHTMLParser(const QString& html, CParserOut* out) : output(out) {
@@ -746,7 +778,10 @@ bool CHTMLParser::ParseTag(const QString& html, int& pos, QStringView* deferredA
   const QChar* const data = html.constData();
   TagParts parts;
   bool isClose = false;
-  if (!ReadPlainTag(html, pos, parts.key, isClose)) {
+  uint64_t packed = 0;
+  uint64_t packedHigh = 0;
+  bool isPacked = false;
+  if (!ReadPlainTag(html, pos, parts.key, isClose, packed, isPacked)) {
     const TagSpan raw = ReadTag(html, pos);
     // A closing tag loses its "<"; the "/" stays in front for the split to cut. Index 1 of a
     // one-character tag lies past its end, where a Qt string yields NUL: not a closing tag.
@@ -758,8 +793,16 @@ bool CHTMLParser::ParseTag(const QString& html, int& pos, QStringView* deferredA
     int space = raw.space >= 0 ? raw.space - (raw.begin + skip) : int(text.size());
     if (!text.isEmpty() && text.front() == QLatin1Char(' ')) space = 0;
     parts = SplitTag(text, space);
+    // A key is packed eight characters at once where the blocks can be read.
+    const int length = int(parts.key.size());
+    const QChar* const key = parts.key.data();
+    isPacked = length > 0 && length <= kLongestKey &&
+               data + html.size() - key >= (length > Chars8::kCount ? 2 : 1) * Chars8::kCount &&
+               Chars8(key).PackLower(std::min(length, Chars8::kCount), packed) &&
+               (length <= Chars8::kCount ||
+                Chars8(key + Chars8::kCount).PackLower(length - Chars8::kCount, packedHigh));
   }
-  const Tag tag = FindTag(parts.key, data + html.size());
+  const Tag tag = isPacked ? FindTag(packed, packedHigh, int(parts.key.size())) : FindTag(parts.key);
 
   const bool defer = deferredArgs && !keepAttributes && tag != Tag::kImage;
   if (defer) {

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 #include <QStringView>
+#include <cstdint>
 #include <vector>
 
 #include "qt_util/qt_util_export.h"
@@ -162,9 +163,8 @@ class QT_UTIL_EXPORT CHTMLParser {
   enum class FontAttribute : unsigned char { kBackgroundColor, kSize, kName, kColor };
 
   static Tag FindTag(QStringView key);
-  // The same, where the characters up to `readableEnd` may be read (the key is a view into a
-  // longer text), so that a short key can be read as a whole block.
-  static Tag FindTag(QStringView key, const QChar* readableEnd);
+  // The same for a key already lower-cased and packed, one byte a character.
+  static Tag FindTag(uint64_t low, uint64_t high, int length);
 
   // One tag: read, split, dispatched. With `deferredArgs` set, the attribute map is left alone
   // unless the handler reads it (an image tag); the raw argument text is then left in
