@@ -46,6 +46,16 @@ class Chars8 {
 #endif
   }
 
+  // Writes the eight characters to target[0, 8), which may overlap where they were read as long
+  // as it does not start behind that.
+  void Store(QChar* target) const {
+#if defined(__SSE2__)
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(target), chars_);
+#else
+    std::copy_n(chars_, kCount, target);
+#endif
+  }
+
   static int Index(unsigned mask) { return int(qCountTrailingZeroBits(mask)) >> 1; }
   // The bits of the characters in front of the lowest set bit of `mask`, all when it is 0.
   static unsigned Before(unsigned mask) { return (mask & (0u - mask)) - 1; }
@@ -173,11 +183,23 @@ int DecodeEntities(const QChar* source, int size, QChar* target) {
   int out = 0;
   int in = 0;
   while (in < size) {
+    // The plain characters up to the next "&" move a block at a time; a block is written whole
+    // and only the part in front of the "&" counts. In place, a whole block may only be written
+    // where it cannot reach the characters behind the "&" that are still to be read.
+    while (size - in >= Chars8::kCount &&
+           (target != source || out == in || in - out >= Chars8::kCount)) {
+      const Chars8 block(data + in);
+      block.Store(target + out);
+      const unsigned found = block.Match('&');
+      const int plain = found ? Chars8::Index(found) : Chars8::kCount;
+      in += plain;
+      out += plain;
+      if (found) break;
+    }
+    while (in < size && data[in] != QLatin1Char('&')) target[out++] = data[in++];
+    if (in == size) break;
     const QChar c = data[in];
-    if (c != QLatin1Char('&')) {
-      target[out++] = c;
-      ++in;
-    } else if (MatchesAt(data, size, in, QLatin1String("&nbsp;"))) {
+    if (MatchesAt(data, size, in, QLatin1String("&nbsp;"))) {
       target[out++] = QLatin1Char(' ');
       in += 6;
     } else if (MatchesAt(data, size, in, QLatin1String("&amp;"))) {
@@ -288,7 +310,7 @@ bool PrepareTextRun(QStringView run, unsigned content, QString& buffer) {
   } else {
     std::copy(begin, end, data);
   }
-  buffer.resize(size);
+  if (size != int(end - begin)) buffer.resize(size);
   return size > 0;
 }
 

@@ -178,6 +178,7 @@ class tst_HtmlParser : public QObject {
   void chatMessage_fullSequence();
   void deepNestingAndManyUnknownTags();
   void conversion_matchesLiteralSteps_onGeneratedInputs();
+  void conversion_matchesLiteralSteps_onBlockLongInputs();
   void tagReading_matchesLiteralSteps_onGeneratedInputs();
 };
 
@@ -987,26 +988,83 @@ void tst_HtmlParser::deepNestingAndManyUnknownTags() {
   QCOMPARE(sink.fontSize, 9);
 }
 
+namespace {
+
+// Converts `html` with the parser and with the literal steps; empty when both make the same
+// calls and leave the same fields, else a report of both. `calls` grows by the number of calls.
+QString LiteralMismatch(const QString& html, int& calls) {
+  RecordingSink expected;
+  LiteralParser(&expected).Convert(html);
+  RecordingSink actual;
+  CHTMLParser parser(html, &actual);
+  calls += expected.calls.size();
+  if (actual.calls == expected.calls && actual.FormatFields() == expected.FormatFields())
+    return QString();
+  return "input: " + html + "\nexpected: " + expected.calls.join(" | ") + " [" +
+         expected.FormatFields() + "]\nactual: " + actual.calls.join(" | ") + " [" +
+         actual.FormatFields() + "]";
+}
+
+}  // namespace
+
 void tst_HtmlParser::conversion_matchesLiteralSteps_onGeneratedInputs() {
   // 200,000 short texts of up to 12 pieces (the fuzz harness compares long ones): about two
   // seconds of CPU time here and a quarter of a minute with the sanitizers.
   QRandomGenerator random(8);
   int calls = 0;
   for (int round = 0; round < 200000; ++round) {
-    const QString html = GeneratedHtml(random, 12);
-    RecordingSink expected;
-    LiteralParser(&expected).Convert(html);
-    RecordingSink actual;
-    CHTMLParser parser(html, &actual);
-    calls += expected.calls.size();
-    if (actual.calls != expected.calls || actual.FormatFields() != expected.FormatFields()) {
-      QFAIL(qPrintable("input: " + html + "\nexpected: " + expected.calls.join(" | ") + " [" +
-                       expected.FormatFields() + "]\nactual: " + actual.calls.join(" | ") + " [" +
-                       actual.FormatFields() + "]"));
-    }
+    const QString mismatch = LiteralMismatch(GeneratedHtml(random, 12), calls);
+    if (!mismatch.isEmpty()) QFAIL(qPrintable(mismatch));
   }
   // The inputs must reach the sink often enough for the comparison to mean something.
   QVERIFY2(calls > 200000, qPrintable(QString::number(calls)));
+}
+
+void tst_HtmlParser::conversion_matchesLiteralSteps_onBlockLongInputs() {
+  // The parser reads text, tags and names eight characters at a time. These texts make the
+  // block edges matter: quote runs of both kinds far deeper than a block, long text runs full of
+  // entities and line breaks (decoded in place), names of eight to twelve characters, and tags
+  // and runs that end on or next to the last character.
+  static const QStringList pieces = {
+      "\"",       "'",           "\"'",           "''\"",    ">",         "<img alt=",
+      "<b ",       " ",           "&amp;",         "&lt;",    "&nbsp;",    "&#39;",
+      "\r\n",      "\n",          "plain words ",  "<",       "</",        "<font size />",
+      "<FONT BGCOLOR />", "<v:imagedata src=x>", "<div align />", "<tr cols />", "<br>",
+      "</font>",   "x",           QString::fromUtf8("\xc3\x84")};
+  QRandomGenerator random(10);
+  int calls = 0;
+  for (int round = 0; round < 20000; ++round) {
+    QString html;
+    for (int i = random.bounded(1, 60); i > 0; --i) html += pieces.at(random.bounded(pieces.size()));
+    const QString mismatch = LiteralMismatch(html, calls);
+    if (!mismatch.isEmpty()) QFAIL(qPrintable(mismatch));
+  }
+  // Tags whose quotes nest deep and then unwind to nothing, so that the ">" behind them ends
+  // the tag exactly when the depth is counted right. A quote pops the top when it equals it and
+  // is pushed otherwise; closing with the top each time empties the stack.
+  for (int round = 0; round < 5000; ++round) {
+    QString html = "<b a=";
+    QString stack;
+    for (int i = random.bounded(1, 60); i > 0; --i) {
+      const QChar quote = random.bounded(2) ? QChar('"') : QChar('\'');
+      html += quote;
+      if (!stack.isEmpty() && stack.back() == quote) {
+        stack.chop(1);
+      } else {
+        stack += quote;
+      }
+      if (random.bounded(8) == 0) html += random.bounded(2) ? ">" : " x";
+    }
+    while (!stack.isEmpty()) {
+      html += stack.back();
+      stack.chop(1);
+    }
+    html += "> text <i>";
+    for (int i = random.bounded(0, 4); i > 0; --i) html += pieces.at(random.bounded(pieces.size()));
+    const QString mismatch = LiteralMismatch(html, calls);
+    if (!mismatch.isEmpty()) QFAIL(qPrintable(mismatch));
+  }
+  QVERIFY2(calls > 100000, qPrintable(QString::number(calls)));
 }
 
 void tst_HtmlParser::tagReading_matchesLiteralSteps_onGeneratedInputs() {
