@@ -183,10 +183,15 @@ int DecodeEntities(const QChar* source, int size, QChar* target) {
   int out = 0;
   int in = 0;
   while (in < size) {
-    // The plain characters up to the next "&" move a block at a time; a block is written whole
-    // and only the part in front of the "&" counts. In place, a whole block may only be written
-    // where it cannot reach the characters behind the "&" that are still to be read.
-    while (size - in >= Chars8::kCount &&
+    // The plain characters up to the next "&" move one by one for a block's length (entities
+    // often stand close together), then a block at a time; a block is written whole and only the
+    // part in front of the "&" counts. In place, a whole block may only be written where it
+    // cannot reach the characters behind the "&" that are still to be read.
+    for (const int shortEnd = std::min(size, in + Chars8::kCount);
+         in < shortEnd && data[in] != QLatin1Char('&');) {
+      target[out++] = data[in++];
+    }
+    while (in < size && data[in] != QLatin1Char('&') && size - in >= Chars8::kCount &&
            (target != source || out == in || in - out >= Chars8::kCount)) {
       const Chars8 block(data + in);
       block.Store(target + out);
@@ -582,11 +587,22 @@ struct PackedKey {
 };
 constexpr int kLongestKey = 12;
 
+const QString& SourceKey() {
+  static const QString key = QStringLiteral("src");
+  return key;
+}
+
+const QString& CenterAlignment() {
+  static const QString alignment = QStringLiteral("Center");
+  return alignment;
+}
+
 }  // namespace
 
-// The handler of a lower-cased key packed as PackedKey packs it. Inline, and so not exported:
-// only this file calls it.
-inline CHTMLParser::Tag CHTMLParser::FindTag(uint64_t low, uint64_t high, int length) {
+// The handler of a lower-cased key packed as PackedKey packs it. Small enough for the compiler
+// to inline into the main loop; not declared inline, so that its table stays a local object
+// rather than an exported symbol.
+CHTMLParser::Tag CHTMLParser::FindTag(uint64_t low, uint64_t high, int length) {
   struct Entry {
     const char* key;
     int length;
@@ -729,7 +745,7 @@ void CHTMLParser::ProcessHTML(const QString& html) {
       }
       pos = next;
     } else {
-      deferred = ParseTag(copy, pos, &deferredArgs);
+      deferred = ParseNextTag(copy, pos, &deferredArgs);
     }
   }
   // The map ends as the last tag left it, as if every tag had filled it.
@@ -793,10 +809,15 @@ void CHTMLParser::SimplifyHTML(QString& html) {
 }
 
 void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
-  ParseTag(html, pos, nullptr);
+  ParseNextTag(html, pos, nullptr);
 }
 
 bool CHTMLParser::ParseTag(const QString& html, int& pos, QStringView* deferredArgs) {
+  return ParseNextTag(html, pos, deferredArgs);
+}
+
+Q_ALWAYS_INLINE bool CHTMLParser::ParseNextTag(const QString& html, int& pos,
+                                               QStringView* deferredArgs) {
   const QChar* const data = html.constData();
   TagParts parts;
   bool isClose = false;
@@ -838,7 +859,7 @@ bool CHTMLParser::ParseTag(const QString& html, int& pos, QStringView* deferredA
   // Only the attribute-keyed entries read the argument text.
   const bool readsArgs = tag == Tag::kFontSize || tag == Tag::kFontName || tag == Tag::kDivAlign ||
                          tag == Tag::kTrCols;
-  Dispatch(tag, readsArgs ? HandlerArgs(parts) : QString(), isClose);
+  RunHandler(tag, readsArgs ? HandlerArgs(parts) : QString(), isClose);
   return defer;
 }
 
@@ -1038,6 +1059,12 @@ void CHTMLParser::ProcessObject(bool isClose) {
 }
 
 void CHTMLParser::Dispatch(Tag tag, const QString& args, bool isClose) {
+  RunHandler(tag, args, isClose);
+}
+
+// Inlined into the main loop, which runs it once per tag. It holds no static object of its own
+// (an inline function's would be exported), hence the literals' helpers above.
+Q_ALWAYS_INLINE void CHTMLParser::RunHandler(Tag tag, const QString& args, bool isClose) {
   auto flag = [this, isClose](bool CParserOut::*field) {
     if (output) output->*field = !isClose;
   };
@@ -1077,7 +1104,7 @@ void CHTMLParser::Dispatch(Tag tag, const QString& args, bool isClose) {
       fontAttributes.push_back(FontAttribute::kColor);
       break;
     case Tag::kImage: {
-      const QString source = attributes[QStringLiteral("src")];
+      const QString source = attributes[SourceKey()];
       if (CParserOut* out = EnabledOutput()) out->InsertImage(source, attributes);
       break;
     }
@@ -1094,7 +1121,7 @@ void CHTMLParser::Dispatch(Tag tag, const QString& args, bool isClose) {
       ProcessDivAlign(args);
       break;
     case Tag::kCenter:
-      if (CParserOut* out = EnabledOutput()) out->SetAlignment(QStringLiteral("Center"));
+      if (CParserOut* out = EnabledOutput()) out->SetAlignment(CenterAlignment());
       break;
     case Tag::kSub:
       flag(&CParserOut::subscript);

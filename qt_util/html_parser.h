@@ -163,8 +163,6 @@ class QT_UTIL_EXPORT CHTMLParser {
   enum class FontAttribute : unsigned char { kBackgroundColor, kSize, kName, kColor };
 
   static Tag FindTag(QStringView key);
-  // The same for a key already lower-cased and packed, one byte a character.
-  static Tag FindTag(uint64_t low, uint64_t high, int length);
 
   // One tag: read, split, dispatched. With `deferredArgs` set, the attribute map is left alone
   // unless the handler reads it (an image tag); the raw argument text is then left in
@@ -174,6 +172,11 @@ class QT_UTIL_EXPORT CHTMLParser {
   bool ParseTag(const QString& html, int& pos, QStringView* deferredArgs);
   void FillAttributes(QStringView rawArgs);
   void Dispatch(Tag tag, const QString& args, bool isClose);
+  // The bodies of ParseTag and Dispatch, and the lookup of a key already lower-cased and packed
+  // one byte a character, which the main loop runs without a call.
+  inline bool ParseNextTag(const QString& html, int& pos, QStringView* deferredArgs);
+  inline void RunHandler(Tag tag, const QString& args, bool isClose);
+  static Tag FindTag(uint64_t low, uint64_t high, int length);
   void ParseAttributes(QStringView args);
   void EmitText(QStringView text);
   // The sink while output is enabled, else null: every sink operation goes through here.
