@@ -757,54 +757,134 @@ void CHTMLParser::ProcessHTML(const QString& html) {
 
 void CHTMLParser::SimplifyHTML(QString& html) {
   // Removing a comment and searching again from the start is quadratic on text with many
-  // comments. Instead the text is kept as a finished prefix kept[0, keptSize) followed by the
-  // unread rest html[rest, size). Neither "<!--" nor "-->" lies wholly inside the finished prefix
-  // (it is the part in front of the first "<!--", and the first "-->" comes after that), so a
-  // search from the start can begin a few characters before the prefix ends, where a removal may
-  // have joined a new marker. Each round consumes the text it searched, so the whole is linear
-  // and the result is the same as with the repeated whole-string search. The prefix is built in
-  // a buffer of its own, so that each character is copied once.
-  static const QLatin1String kOpen("<!--");
-  static const QLatin1String kClose("-->");
+  // comments. Instead one pass walks the text once, copying what it keeps into a new text and
+  // leaving out each comment it removes, with the same result as the repeated whole-string
+  // search. That search finds the first "<!--" (at s) and the first "-->" (at e) of the current
+  // text, stops unless e > s + 3, and else removes [s, e + 3). What lies in front of s holds
+  // neither marker, so the next search can only find one that starts a few characters in front
+  // of s, where the removal joined two pieces, or behind it. The pass therefore looks for the
+  // markers in order: a "-->" before any "<!--" stops it, as does a "<!--" without a "-->" more
+  // than three characters behind it; after a removal it checks the join first. The markers are
+  // found by their "!" and their first "-", which plain text rarely holds, a block at a time.
   const int size = html.size();
-  const QChar* source = html.constData();
+  const QChar* const source = html.constData();
   QString kept;
-  int keptSize = 0;
-  int rest = 0;
-
-  auto logicalAt = [&](int k) { return k < keptSize ? kept.at(k) : source[rest + (k - keptSize)]; };
-  // The common case is one search through a whole text that holds no comment: it looks for the
-  // "!" of "<!--", much rarer in chat than "<", and for the "-" of "-->" rather than its ">".
-  auto find = [&](QLatin1String needle, int anchor) {
-    const int logicalSize = keptSize + (size - rest);
-    for (int k = std::max(0, keptSize - (int(needle.size()) - 1)); k < keptSize; ++k) {
-      if (k + needle.size() > logicalSize) return -1;
-      bool match = true;
-      for (int j = 0; j < needle.size() && match; ++j) {
-        match = logicalAt(k + j) == QLatin1Char(needle.at(j));
+  QChar* out = nullptr;
+  int keptSize = 0;  // kept[0, keptSize) is finished
+  int in = 0;        // source[in, size) is still to read; it follows the kept text
+  // Character k of the current text (the kept text, then the rest of the source); NUL past its
+  // end, which no marker holds.
+  auto at = [&](int k) -> QChar {
+    if (k < keptSize) return out ? out[k] : source[k];
+    const int index = in + (k - keptSize);
+    return index < size ? source[index] : QChar();
+  };
+  auto opensAt = [&](int k) {
+    return k >= 0 && at(k) == QLatin1Char('<') && at(k + 1) == QLatin1Char('!') &&
+           at(k + 2) == QLatin1Char('-') && at(k + 3) == QLatin1Char('-');
+  };
+  auto closesAt = [&](int k) {
+    return k >= 0 && at(k) == QLatin1Char('-') && at(k + 1) == QLatin1Char('-') &&
+           at(k + 2) == QLatin1Char('>');
+  };
+  // Moves source characters to the kept text up to the next "!" or "-" (or the end), without
+  // copying while nothing has been removed yet (the kept text is then the source's own prefix).
+  auto advance = [&]() {
+    if (!out) {
+      while (size - in >= Chars8::kCount) {
+        const unsigned found = Chars8(source + in).Match('!', '-');
+        const int plain = found ? Chars8::Index(found) : Chars8::kCount;
+        in += plain;
+        if (found) break;
       }
-      if (match) return k;
+      while (in < size && source[in] != QLatin1Char('!') && source[in] != QLatin1Char('-')) ++in;
+      keptSize = in;
+      return;
     }
-    const int found = FindLatin1(html, rest, needle, anchor);
-    return found < 0 ? -1 : keptSize + (found - rest);
+    while (size - in >= Chars8::kCount) {
+      const Chars8 block(source + in);
+      block.Store(out + keptSize);
+      const unsigned found = block.Match('!', '-');
+      const int plain = found ? Chars8::Index(found) : Chars8::kCount;
+      in += plain;
+      keptSize += plain;
+      if (found) return;
+    }
+    while (in < size && source[in] != QLatin1Char('!') && source[in] != QLatin1Char('-')) {
+      out[keptSize++] = source[in++];
+    }
+  };
+  // The first "-->" of the current text at or behind position `from`, or -1.
+  auto findClose = [&](int from) {
+    for (int k = from; k < keptSize; ++k) {
+      if (closesAt(k)) return k;
+    }
+    for (int index = std::max(in, in + (from - keptSize));; ++index) {
+      while (size - index >= Chars8::kCount) {
+        const unsigned found = Chars8(source + index).Match('-');
+        if (found) {
+          index += Chars8::Index(found);
+          break;
+        }
+        index += Chars8::kCount;
+      }
+      while (index < size && source[index] != QLatin1Char('-')) ++index;
+      if (size - index < 3) return -1;
+      if (source[index + 1] == QLatin1Char('-') && source[index + 2] == QLatin1Char('>')) {
+        return keptSize + (index - in);
+      }
+    }
+  };
+  // Removes the comment that opens at `open`, or returns false when the search stops there.
+  auto remove = [&](int open) {
+    const int close = findClose(open + 2);
+    if (close < 0 || close <= open + 3) return false;
+    if (!out) {
+      kept.resize(size);
+      out = kept.data();
+      std::copy(source, source + open, out);
+    }
+    // The text from `open` on comes from the source: `open` is at most a few characters in
+    // front of keptSize, and whatever of it was kept is cut off again.
+    in += close + 3 - keptSize;
+    keptSize = open;
+    return true;
   };
 
+  bool joined = false;
   for (;;) {
-    const int s = find(kOpen, 1);
-    if (s < 0) break;
-    const int e = find(kClose, 0);
-    if (e < 0 || e <= s + 3) break;
-    if (kept.isNull()) kept.resize(size);
-    const int nextRest = rest + (e + 3 - keptSize);
-    if (s > keptSize) {
-      std::copy(source + rest, source + rest + (s - keptSize), kept.data() + keptSize);
+    // After a removal, a marker may start in the last three kept characters and end behind
+    // them, at the join; the first one there decides, as a "-->" in front of any "<!--" would.
+    if (joined) {
+      joined = false;
+      bool stop = false;
+      for (int k = std::max(0, keptSize - 3); k < keptSize && !joined && !stop; ++k) {
+        if (closesAt(k)) {
+          stop = true;
+        } else if (opensAt(k)) {
+          joined = remove(k);
+          stop = !joined;
+        }
+      }
+      if (stop) break;
+      if (joined) continue;
     }
-    keptSize = s;
-    rest = nextRest;
+    advance();
+    if (in >= size) break;
+    if (source[in] == QLatin1Char('!') && opensAt(keptSize - 1)) {
+      if (!remove(keptSize - 1)) break;
+      joined = true;
+    } else if (source[in] == QLatin1Char('-') && closesAt(keptSize)) {
+      break;
+    } else {
+      if (out) out[keptSize] = source[in];
+      ++keptSize;
+      ++in;
+    }
   }
-  if (kept.isNull()) return;
-  std::copy(source + rest, source + size, kept.data() + keptSize);
-  kept.resize(keptSize + (size - rest));
+  if (!out) return;
+  std::copy(source + in, source + size, out + keptSize);
+  kept.resize(keptSize + (size - in));
   html.swap(kept);
 }
 

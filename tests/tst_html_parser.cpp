@@ -348,6 +348,18 @@ void tst_HtmlParser::simplify_matchesRepeatedSearch_onGeneratedInputs() {
     withRemovals += expected != html;
     QCOMPARE(Simplify(html), expected);
   }
+  // The same with runs of plain text between them, read a block at a time, and markers cut by
+  // the blocks' edges.
+  const QStringList longPieces = {"<!--", "-->", "<!", "--", "-", "<", ">", "plain text ", "!",
+                                  "0123456789abcdef"};
+  for (int round = 0; round < 20000; ++round) {
+    const int count = random.bounded(0, 40);
+    QString html;
+    for (int i = 0; i < count; ++i) html += longPieces.at(random.bounded(longPieces.size()));
+    const QString expected = ReferenceSimplify(html);
+    withRemovals += expected != html;
+    QCOMPARE(Simplify(html), expected);
+  }
   QVERIFY2(withRemovals > 1000, qPrintable(QString::number(withRemovals)));
 }
 
