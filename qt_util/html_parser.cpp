@@ -164,21 +164,28 @@ void ReplaceAll(QString& text, QLatin1String needle, QChar replacement) {
 // `target` may be `source` itself, since text only ever shortens and the pass writes behind
 // where it reads.
 int DecodeEntities(const QChar* source, int size, QChar* target) {
-  struct Entity {
-    QLatin1String name;  // without its "&"
-    QChar character;
-  };
-  static const Entity kLater[] = {{QLatin1String("lt;"), QLatin1Char('<')},
-                                  {QLatin1String("gt;"), QLatin1Char('>')},
-                                  {QLatin1String("quot;"), QLatin1Char('"')},
-                                  {QLatin1String("#39;"), QLatin1Char('\'')}};
   const QChar* const data = source;
-  // The entity of kLater whose name starts at `at`, or null.
-  auto later = [&](int at) -> const Entity* {
-    for (const Entity& entity : kLater) {
-      if (MatchesAt(data, size, at, entity.name)) return &entity;
+  // The character of the entity of the four later ones whose name (without its "&") starts at
+  // `at`, with the name's length in `length`; NUL when none does. Told apart by their first
+  // character.
+  auto later = [&](int at, int& length) -> QChar {
+    if (at >= size) return QChar();
+    switch (data[at].unicode()) {
+      case 'l':
+        length = 3;
+        return MatchesAt(data, size, at, QLatin1String("lt;")) ? QLatin1Char('<') : QChar();
+      case 'g':
+        length = 3;
+        return MatchesAt(data, size, at, QLatin1String("gt;")) ? QLatin1Char('>') : QChar();
+      case 'q':
+        length = 5;
+        return MatchesAt(data, size, at, QLatin1String("quot;")) ? QLatin1Char('"') : QChar();
+      case '#':
+        length = 4;
+        return MatchesAt(data, size, at, QLatin1String("#39;")) ? QLatin1Char('\'') : QChar();
+      default:
+        return QChar();
     }
-    return nullptr;
   };
   int out = 0;
   int in = 0;
@@ -203,25 +210,25 @@ int DecodeEntities(const QChar* source, int size, QChar* target) {
     }
     while (in < size && data[in] != QLatin1Char('&')) target[out++] = data[in++];
     if (in == size) break;
-    const QChar c = data[in];
+    int length = 0;
     if (MatchesAt(data, size, in, QLatin1String("&nbsp;"))) {
       target[out++] = QLatin1Char(' ');
       in += 6;
     } else if (MatchesAt(data, size, in, QLatin1String("&amp;"))) {
       // The "&" left behind, and what follows it as one of the later entities.
       in += 5;
-      if (const Entity* entity = later(in)) {
-        target[out++] = entity->character;
-        in += entity->name.size();
+      const QChar character = later(in, length);
+      if (!character.isNull()) {
+        target[out++] = character;
+        in += length;
       } else {
         target[out++] = QLatin1Char('&');
       }
-    } else if (const Entity* entity = later(in + 1)) {
-      target[out++] = entity->character;
-      in += 1 + entity->name.size();
+    } else if (const QChar character = later(in + 1, length); !character.isNull()) {
+      target[out++] = character;
+      in += 1 + length;
     } else {
-      target[out++] = c;
-      ++in;
+      target[out++] = data[in++];
     }
   }
   return out;
@@ -791,6 +798,13 @@ void CHTMLParser::SimplifyHTML(QString& html) {
   // copying while nothing has been removed yet (the kept text is then the source's own prefix).
   auto advance = [&]() {
     if (!out) {
+      // Most texts hold no marker at all: two blocks a step.
+      while (size - in >= 2 * Chars8::kCount) {
+        const unsigned first = Chars8(source + in).Match('!', '-');
+        const unsigned second = Chars8(source + in + Chars8::kCount).Match('!', '-');
+        if ((first | second) != 0) break;
+        in += 2 * Chars8::kCount;
+      }
       while (size - in >= Chars8::kCount) {
         const unsigned found = Chars8(source + in).Match('!', '-');
         const int plain = found ? Chars8::Index(found) : Chars8::kCount;
