@@ -771,14 +771,16 @@ void CHTMLParser::SimplifyHTML(QString& html) {
   // neither marker, so the next search can only find one that starts a few characters in front
   // of s, where the removal joined two pieces, or behind it. The pass therefore looks for the
   // markers in order: a "-->" before any "<!--" stops it, as does a "<!--" without a "-->" more
-  // than three characters behind it; after a removal it checks the join first. The markers are
-  // found by their "!" and their first "-", which plain text rarely holds, a block at a time.
+  // than three characters behind it; after a removal it checks the join first. Markers are found
+  // by their "!" and their first "-", a block at a time; until the first removal only by the
+  // "!", since most texts hold no comment but may hold many "-", and a "-->" in front of the
+  // first "<!--" is then looked for once.
   const int size = html.size();
   const QChar* const source = html.constData();
   QString kept;
-  QChar* out = nullptr;
-  int keptSize = 0;  // kept[0, keptSize) is finished
-  int in = 0;        // source[in, size) is still to read; it follows the kept text
+  QChar* out = nullptr;  // null until the first removal: the kept text is the source's prefix
+  int keptSize = 0;      // the kept text is finished up to here
+  int in = 0;            // source[in, size) is still to read; it follows the kept text
   // Character k of the current text (the kept text, then the rest of the source); NUL past its
   // end, which no marker holds.
   auto at = [&](int k) -> QChar {
@@ -794,24 +796,48 @@ void CHTMLParser::SimplifyHTML(QString& html) {
     return k >= 0 && at(k) == QLatin1Char('-') && at(k + 1) == QLatin1Char('-') &&
            at(k + 2) == QLatin1Char('>');
   };
-  // Moves source characters to the kept text up to the next "!" or "-" (or the end), without
-  // copying while nothing has been removed yet (the kept text is then the source's own prefix).
+  // The first "-->" of the current text at or behind position `from`, or -1.
+  auto findClose = [&](int from) {
+    // Before the first removal the kept text is the source's own prefix (and keptSize == in).
+    int index = from;
+    if (out) {
+      for (int k = from; k < keptSize; ++k) {
+        if (closesAt(k)) return k;
+      }
+      index = std::max(in, in + (from - keptSize));
+    }
+    for (;; ++index) {
+      while (size - index >= Chars8::kCount) {
+        const unsigned found = Chars8(source + index).Match('-');
+        if (found) {
+          index += Chars8::Index(found);
+          break;
+        }
+        index += Chars8::kCount;
+      }
+      while (index < size && source[index] != QLatin1Char('-')) ++index;
+      if (size - index < 3) return -1;
+      if (source[index + 1] == QLatin1Char('-') && source[index + 2] == QLatin1Char('>')) {
+        return keptSize + (index - in);
+      }
+    }
+  };
+  // Moves source characters to the kept text up to the next "!" or "-" (only "!" before the
+  // first removal) or the end, without copying before the first removal.
   auto advance = [&]() {
     if (!out) {
-      // Most texts hold no marker at all: two blocks a step.
       while (size - in >= 2 * Chars8::kCount) {
-        const unsigned first = Chars8(source + in).Match('!', '-');
-        const unsigned second = Chars8(source + in + Chars8::kCount).Match('!', '-');
+        const unsigned first = Chars8(source + in).Match('!');
+        const unsigned second = Chars8(source + in + Chars8::kCount).Match('!');
         if ((first | second) != 0) break;
         in += 2 * Chars8::kCount;
       }
       while (size - in >= Chars8::kCount) {
-        const unsigned found = Chars8(source + in).Match('!', '-');
-        const int plain = found ? Chars8::Index(found) : Chars8::kCount;
-        in += plain;
+        const unsigned found = Chars8(source + in).Match('!');
+        in += found ? Chars8::Index(found) : Chars8::kCount;
         if (found) break;
       }
-      while (in < size && source[in] != QLatin1Char('!') && source[in] != QLatin1Char('-')) ++in;
+      while (in < size && source[in] != QLatin1Char('!')) ++in;
       keptSize = in;
       return;
     }
@@ -826,27 +852,6 @@ void CHTMLParser::SimplifyHTML(QString& html) {
     }
     while (in < size && source[in] != QLatin1Char('!') && source[in] != QLatin1Char('-')) {
       out[keptSize++] = source[in++];
-    }
-  };
-  // The first "-->" of the current text at or behind position `from`, or -1.
-  auto findClose = [&](int from) {
-    for (int k = from; k < keptSize; ++k) {
-      if (closesAt(k)) return k;
-    }
-    for (int index = std::max(in, in + (from - keptSize));; ++index) {
-      while (size - index >= Chars8::kCount) {
-        const unsigned found = Chars8(source + index).Match('-');
-        if (found) {
-          index += Chars8::Index(found);
-          break;
-        }
-        index += Chars8::kCount;
-      }
-      while (index < size && source[index] != QLatin1Char('-')) ++index;
-      if (size - index < 3) return -1;
-      if (source[index + 1] == QLatin1Char('-') && source[index + 2] == QLatin1Char('>')) {
-        return keptSize + (index - in);
-      }
     }
   };
   // Removes the comment that opens at `open`, or returns false when the search stops there.
@@ -885,16 +890,26 @@ void CHTMLParser::SimplifyHTML(QString& html) {
     }
     advance();
     if (in >= size) break;
-    if (source[in] == QLatin1Char('!') && opensAt(keptSize - 1)) {
-      if (!remove(keptSize - 1)) break;
-      joined = true;
-    } else if (source[in] == QLatin1Char('-') && closesAt(keptSize)) {
+    // source[in] is a "!" or a "-", the character at position keptSize; the tests below are
+    // opensAt(keptSize - 1) and closesAt(keptSize) with the first comparisons done cheaply.
+    const QChar second = in + 1 < size ? source[in + 1] : QChar();
+    if (source[in] == QLatin1Char('!')) {
+      if (second == QLatin1Char('-') && opensAt(keptSize - 1)) {
+        // Before the first removal only "!" was looked for: a "-->" in front stops the search.
+        if (!out) {
+          const int close = findClose(0);
+          if (close >= 0 && close < keptSize - 1) break;
+        }
+        if (!remove(keptSize - 1)) break;
+        joined = true;
+        continue;
+      }
+    } else if (second == QLatin1Char('-') && closesAt(keptSize)) {
       break;
-    } else {
-      if (out) out[keptSize] = source[in];
-      ++keptSize;
-      ++in;
     }
+    if (out) out[keptSize] = source[in];
+    ++keptSize;
+    ++in;
   }
   if (!out) return;
   std::copy(source + in, source + size, out + keptSize);
