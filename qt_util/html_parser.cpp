@@ -532,7 +532,227 @@ QString HandlerArgs(const TagParts& parts) {
   return args;
 }
 
+// Removes "<!-- ... -->" comments the way repeated whole-text searches do, in one pass.
+//
+// Removing a comment and searching again from the start is quadratic on text with many
+// comments. The search it stands for finds the first "<!--" (at s) and the first "-->" (at e) of
+// the current text, stops unless e > s + 3, and else removes [s, e + 3). What lies in front of
+// s holds neither marker, so the next search can only find one that starts a few characters in
+// front of s, where the removal joined two pieces, or behind it. The pass therefore looks for
+// the markers in order: a "-->" before any "<!--" stops it, as does a "<!--" without a "-->"
+// more than three characters behind it; after a removal it checks the join first, which can
+// cut up to three characters it already kept. Markers are found by their "!" and their first
+// "-", a block at a time; until the first removal only by the "!", since most texts hold no
+// comment but may hold many "-", and a "-->" in front of the first "<!--" is then looked for
+// once.
+//
+// The kept text is written into a buffer the caller provides, as far as it has room; the caller
+// may then take all but the last three characters out of it, move the rest to its front and ask
+// for more. So a conversion can take comment-heavy text through a small buffer that stays in
+// the cache instead of writing a second copy of the whole text.
+class CommentRemover {
+ public:
+  CommentRemover(const QChar* source, int size) : source_(source), size_(size) {}
+
+  // Reads up to the first removal without copying anything. False when the text keeps every
+  // character; else the kept text is its prefix in front of the first comment, then the rest.
+  bool RemovesAnything() {
+    for (;;) {
+      SkipToExclamationMark();
+      if (in_ >= size_) return false;
+      // A "<!--" whose "!" stands at in_; keptSize_ == in_ until the first removal.
+      if (OpensAt(in_ - 1)) {
+        const int close = FindClose(0);
+        if (close >= 0 && close < in_ - 1) return false;
+        if (!Remove(in_ - 1)) return false;
+        joined_ = true;
+        return true;
+      }
+      ++in_;
+      keptSize_ = in_;
+    }
+  }
+
+  // After RemovesAnything: appends kept text to out[keptSize, capacity), where out[0, keptSize)
+  // holds what came before (at least its last three characters), until the buffer is full or
+  // the text is done.
+  void Fill(QChar* out, int& keptSize, int capacity) {
+    out_ = out;
+    keptSize_ = keptSize;
+    capacity_ = capacity;
+    while (!Done() && keptSize_ < capacity_) {
+      if (prefix_ < prefixEnd_) {
+        const int count = std::min(prefixEnd_ - prefix_, capacity_ - keptSize_);
+        std::copy(source_ + prefix_, source_ + prefix_ + count, out_ + keptSize_);
+        prefix_ += count;
+        keptSize_ += count;
+      } else if (stopped_ || in_ >= size_) {
+        const int count = std::min(size_ - in_, capacity_ - keptSize_);
+        std::copy(source_ + in_, source_ + in_ + count, out_ + keptSize_);
+        in_ += count;
+        keptSize_ += count;
+      } else {
+        Step();
+      }
+    }
+    keptSize = keptSize_;
+  }
+
+  // All kept text has been handed out.
+  bool Done() const { return prefix_ >= prefixEnd_ && in_ >= size_; }
+
+ private:
+  // Character k of the current text (the kept text, then the rest of the source); NUL past its
+  // end, which no marker holds. Before the first removal the kept text is the source's prefix.
+  QChar At(int k) const {
+    if (k < keptSize_) return out_ ? out_[k] : source_[k];
+    const int index = in_ + (k - keptSize_);
+    return index < size_ ? source_[index] : QChar();
+  }
+  bool OpensAt(int k) const {
+    return k >= 0 && At(k) == QLatin1Char('<') && At(k + 1) == QLatin1Char('!') &&
+           At(k + 2) == QLatin1Char('-') && At(k + 3) == QLatin1Char('-');
+  }
+  bool ClosesAt(int k) const {
+    return k >= 0 && At(k) == QLatin1Char('-') && At(k + 1) == QLatin1Char('-') &&
+           At(k + 2) == QLatin1Char('>');
+  }
+
+  // The first "-->" of the current text at or behind position `from`, or -1.
+  int FindClose(int from) const {
+    int index = from;  // before the first removal positions are source indexes
+    if (out_) {
+      for (int k = from; k < keptSize_; ++k) {
+        if (ClosesAt(k)) return k;
+      }
+      index = std::max(in_, in_ + (from - keptSize_));
+    }
+    for (;; ++index) {
+      while (size_ - index >= Chars8::kCount) {
+        const unsigned found = Chars8(source_ + index).Match('-');
+        if (found) {
+          index += Chars8::Index(found);
+          break;
+        }
+        index += Chars8::kCount;
+      }
+      while (index < size_ && source_[index] != QLatin1Char('-')) ++index;
+      if (size_ - index < 3) return -1;
+      if (source_[index + 1] == QLatin1Char('-') && source_[index + 2] == QLatin1Char('>')) {
+        return keptSize_ + (index - in_);
+      }
+    }
+  }
+
+  // Removes the comment that opens at `open`, or returns false when the search stops there.
+  bool Remove(int open) {
+    const int close = FindClose(open + 2);
+    if (close < 0 || close <= open + 3) return false;
+    // The text from `open` on comes from the source: `open` is at most a few characters in
+    // front of keptSize_, and whatever of it was kept is cut off again.
+    in_ += close + 3 - keptSize_;
+    if (out_) {
+      keptSize_ = open;
+    } else {
+      prefixEnd_ = open;  // the source's prefix, handed out by Fill before anything else
+    }
+    return true;
+  }
+
+  // Before the first removal: on to the next "!" or the end.
+  void SkipToExclamationMark() {
+    while (size_ - in_ >= 2 * Chars8::kCount) {
+      const unsigned first = Chars8(source_ + in_).Match('!');
+      const unsigned second = Chars8(source_ + in_ + Chars8::kCount).Match('!');
+      if ((first | second) != 0) break;
+      in_ += 2 * Chars8::kCount;
+    }
+    while (size_ - in_ >= Chars8::kCount) {
+      const unsigned found = Chars8(source_ + in_).Match('!');
+      in_ += found ? Chars8::Index(found) : Chars8::kCount;
+      if (found) break;
+    }
+    while (in_ < size_ && source_[in_] != QLatin1Char('!')) ++in_;
+    keptSize_ = in_;
+  }
+
+  // Copies source characters to the kept text up to the next "!" or "-", the end, or a full
+  // buffer.
+  void Advance() {
+    while (size_ - in_ >= Chars8::kCount && capacity_ - keptSize_ >= Chars8::kCount) {
+      const Chars8 block(source_ + in_);
+      block.Store(out_ + keptSize_);
+      const unsigned found = block.Match('!', '-');
+      const int plain = found ? Chars8::Index(found) : Chars8::kCount;
+      in_ += plain;
+      keptSize_ += plain;
+      if (found) return;
+    }
+    while (in_ < size_ && keptSize_ < capacity_ && source_[in_] != QLatin1Char('!') &&
+           source_[in_] != QLatin1Char('-')) {
+      out_[keptSize_++] = source_[in_++];
+    }
+  }
+
+  // One step after the first removal: the join, or the text up to the next marker character
+  // and that character.
+  void Step() {
+    if (joined_) {
+      // A marker may start in the last three kept characters and end behind them; the first
+      // one there decides, as a "-->" in front of any "<!--" would.
+      joined_ = false;
+      for (int k = std::max(0, keptSize_ - 3); k < keptSize_; ++k) {
+        if (ClosesAt(k)) {
+          stopped_ = true;
+          return;
+        }
+        if (OpensAt(k)) {
+          joined_ = Remove(k);
+          stopped_ = !joined_;
+          return;
+        }
+      }
+    }
+    Advance();
+    if (in_ >= size_ || keptSize_ >= capacity_ || (source_[in_] != QLatin1Char('!') &&
+                                                    source_[in_] != QLatin1Char('-'))) {
+      return;
+    }
+    // source_[in_] is a "!" or a "-", the character at position keptSize_: OpensAt(keptSize_ - 1)
+    // and ClosesAt(keptSize_), with the first comparisons done cheaply.
+    const QChar second = in_ + 1 < size_ ? source_[in_ + 1] : QChar();
+    if (source_[in_] == QLatin1Char('!')) {
+      if (second == QLatin1Char('-') && OpensAt(keptSize_ - 1)) {
+        joined_ = Remove(keptSize_ - 1);
+        stopped_ = !joined_;
+        return;
+      }
+    } else if (second == QLatin1Char('-') && ClosesAt(keptSize_)) {
+      stopped_ = true;
+      return;
+    }
+    out_[keptSize_++] = source_[in_++];
+  }
+
+  const QChar* const source_;
+  const int size_;
+  int in_ = 0;         // source_[in_, size_) is still to read; it follows the kept text
+  int keptSize_ = 0;   // out_[0, keptSize_) holds the kept text so far
+  QChar* out_ = nullptr;  // null before the first removal
+  int capacity_ = 0;
+  int prefix_ = 0;     // source_[prefix_, prefixEnd_) is kept text still to hand out
+  int prefixEnd_ = 0;
+  bool joined_ = false;   // a removal has just joined two pieces
+  bool stopped_ = false;  // the search has stopped: the rest is kept as it stands
+};
+
 }  // namespace
+
+enum class CHTMLParser::TagResult : unsigned char {
+  kDone,
+  kDeferred,  // the attribute map was left for later
+  kCut,       // the tag may go on behind the range; nothing was done
+};
 
 // The handlers of the tag table. Several keys may share one.
 enum class CHTMLParser::Tag : unsigned char {
@@ -726,33 +946,43 @@ bool CHTMLParser::IsValidParser(const QString& html) {
 
 void CHTMLParser::ProcessHTML(const QString& html) {
   if (!output) return;
-  QString copy = html;
-  SimplifyHTML(copy);
   inUnorderedList = false;
   inOrderedList = false;
   keepAttributes = false;
   attributes.clear();
-
-  // Each run of text between two tags is emitted as soon as it is found: the original loop
-  // collected it until the next "<" or the end of the text, which comes right after it. Only a
-  // tag can change inScript, so one test per run is as good as one per character.
-  int pos = 0;
-  const int size = copy.size();
-  const QChar* const data = copy.constData();
   // The attribute map of the last tag whose map was not filled, filled at the end.
   bool deferred = false;
   QStringView deferredArgs;
-  while (pos < size) {
-    if (data[pos] != QLatin1Char('<')) {
-      unsigned content = 0;
-      const int next = int(ScanTextRun(data + pos, data + size, content) - data);
-      if (!output->inScript && outputEnabled &&
-          PrepareTextRun(QStringView(data + pos, next - pos), content, text_)) {
-        output->WriteText(text_);
+  int pos = 0;
+  // Both hold what deferredArgs may point to at the end.
+  QString buffer;
+  QString keptArgs;  // the deferred argument text, once the buffer has moved on
+  CommentRemover remover(html.constData(), html.size());
+  if (!remover.RemovesAnything()) {
+    ConvertRange(html, pos, true, deferred, deferredArgs);
+  } else {
+    // The text without its comments goes through a buffer of a few pages that stays in the
+    // cache: filled, converted as far as its last whole tag or run, its rest moved to the front,
+    // filled again. It doubles when a single tag or run does not fit in half of it.
+    buffer.resize(16 * 1024);
+    int filled = 0;
+    for (;;) {
+      remover.Fill(buffer.data(), filled, buffer.size());
+      const bool done = remover.Done();
+      // Until the end, the last three characters may still be cut by a removal.
+      const QString range =
+          QString::fromRawData(buffer.constData(), done ? filled : std::max(filled - 3, 0));
+      ConvertRange(range, pos, done, deferred, deferredArgs);
+      if (done) break;
+      const QChar* const begin = buffer.constData();
+      if (deferred && deferredArgs.data() >= begin && deferredArgs.data() < begin + filled) {
+        keptArgs = deferredArgs.toString();
+        deferredArgs = keptArgs.isEmpty() ? QStringView(u"", 0) : QStringView(keptArgs);
       }
-      pos = next;
-    } else {
-      deferred = ParseNextTag(copy, pos, &deferredArgs);
+      std::copy(buffer.constData() + pos, buffer.constData() + filled, buffer.data());
+      filled -= pos;
+      pos = 0;
+      if (filled * 2 > buffer.size()) buffer.resize(buffer.size() * 2);
     }
   }
   // The map ends as the last tag left it, as if every tag had filled it.
@@ -762,171 +992,52 @@ void CHTMLParser::ProcessHTML(const QString& html) {
   }
 }
 
-void CHTMLParser::SimplifyHTML(QString& html) {
-  // Removing a comment and searching again from the start is quadratic on text with many
-  // comments. Instead one pass walks the text once, copying what it keeps into a new text and
-  // leaving out each comment it removes, with the same result as the repeated whole-string
-  // search. That search finds the first "<!--" (at s) and the first "-->" (at e) of the current
-  // text, stops unless e > s + 3, and else removes [s, e + 3). What lies in front of s holds
-  // neither marker, so the next search can only find one that starts a few characters in front
-  // of s, where the removal joined two pieces, or behind it. The pass therefore looks for the
-  // markers in order: a "-->" before any "<!--" stops it, as does a "<!--" without a "-->" more
-  // than three characters behind it; after a removal it checks the join first. Markers are found
-  // by their "!" and their first "-", a block at a time; until the first removal only by the
-  // "!", since most texts hold no comment but may hold many "-", and a "-->" in front of the
-  // first "<!--" is then looked for once.
+Q_ALWAYS_INLINE void CHTMLParser::ConvertRange(const QString& html, int& pos, bool isWhole,
+                                               bool& deferred, QStringView& deferredArgs) {
+  // Each run of text between two tags is emitted as soon as it is found: the original loop
+  // collected it until the next "<" or the end of the text, which comes right after it. Only a
+  // tag can change inScript, so one test per run is as good as one per character.
   const int size = html.size();
-  const QChar* const source = html.constData();
-  QString kept;
-  QChar* out = nullptr;  // null until the first removal: the kept text is the source's prefix
-  int keptSize = 0;      // the kept text is finished up to here
-  int in = 0;            // source[in, size) is still to read; it follows the kept text
-  // Character k of the current text (the kept text, then the rest of the source); NUL past its
-  // end, which no marker holds.
-  auto at = [&](int k) -> QChar {
-    if (k < keptSize) return out ? out[k] : source[k];
-    const int index = in + (k - keptSize);
-    return index < size ? source[index] : QChar();
-  };
-  auto opensAt = [&](int k) {
-    return k >= 0 && at(k) == QLatin1Char('<') && at(k + 1) == QLatin1Char('!') &&
-           at(k + 2) == QLatin1Char('-') && at(k + 3) == QLatin1Char('-');
-  };
-  auto closesAt = [&](int k) {
-    return k >= 0 && at(k) == QLatin1Char('-') && at(k + 1) == QLatin1Char('-') &&
-           at(k + 2) == QLatin1Char('>');
-  };
-  // The first "-->" of the current text at or behind position `from`, or -1.
-  auto findClose = [&](int from) {
-    // Before the first removal the kept text is the source's own prefix (and keptSize == in).
-    int index = from;
-    if (out) {
-      for (int k = from; k < keptSize; ++k) {
-        if (closesAt(k)) return k;
+  const QChar* const data = html.constData();
+  while (pos < size) {
+    if (data[pos] != QLatin1Char('<')) {
+      unsigned content = 0;
+      const int next = int(ScanTextRun(data + pos, data + size, content) - data);
+      if (next == size && !isWhole) return;  // the run may go on behind the range
+      if (!output->inScript && outputEnabled &&
+          PrepareTextRun(QStringView(data + pos, next - pos), content, text_)) {
+        output->WriteText(text_);
       }
-      index = std::max(in, in + (from - keptSize));
+      pos = next;
+    } else {
+      const TagResult result = ParseNextTag(html, pos, &deferredArgs, isWhole);
+      if (result == TagResult::kCut) return;
+      deferred = result == TagResult::kDeferred;
     }
-    for (;; ++index) {
-      while (size - index >= Chars8::kCount) {
-        const unsigned found = Chars8(source + index).Match('-');
-        if (found) {
-          index += Chars8::Index(found);
-          break;
-        }
-        index += Chars8::kCount;
-      }
-      while (index < size && source[index] != QLatin1Char('-')) ++index;
-      if (size - index < 3) return -1;
-      if (source[index + 1] == QLatin1Char('-') && source[index + 2] == QLatin1Char('>')) {
-        return keptSize + (index - in);
-      }
-    }
-  };
-  // Moves source characters to the kept text up to the next "!" or "-" (only "!" before the
-  // first removal) or the end, without copying before the first removal.
-  auto advance = [&]() {
-    if (!out) {
-      while (size - in >= 2 * Chars8::kCount) {
-        const unsigned first = Chars8(source + in).Match('!');
-        const unsigned second = Chars8(source + in + Chars8::kCount).Match('!');
-        if ((first | second) != 0) break;
-        in += 2 * Chars8::kCount;
-      }
-      while (size - in >= Chars8::kCount) {
-        const unsigned found = Chars8(source + in).Match('!');
-        in += found ? Chars8::Index(found) : Chars8::kCount;
-        if (found) break;
-      }
-      while (in < size && source[in] != QLatin1Char('!')) ++in;
-      keptSize = in;
-      return;
-    }
-    while (size - in >= Chars8::kCount) {
-      const Chars8 block(source + in);
-      block.Store(out + keptSize);
-      const unsigned found = block.Match('!', '-');
-      const int plain = found ? Chars8::Index(found) : Chars8::kCount;
-      in += plain;
-      keptSize += plain;
-      if (found) return;
-    }
-    while (in < size && source[in] != QLatin1Char('!') && source[in] != QLatin1Char('-')) {
-      out[keptSize++] = source[in++];
-    }
-  };
-  // Removes the comment that opens at `open`, or returns false when the search stops there.
-  auto remove = [&](int open) {
-    const int close = findClose(open + 2);
-    if (close < 0 || close <= open + 3) return false;
-    if (!out) {
-      kept.resize(size);
-      out = kept.data();
-      std::copy(source, source + open, out);
-    }
-    // The text from `open` on comes from the source: `open` is at most a few characters in
-    // front of keptSize, and whatever of it was kept is cut off again.
-    in += close + 3 - keptSize;
-    keptSize = open;
-    return true;
-  };
-
-  bool joined = false;
-  for (;;) {
-    // After a removal, a marker may start in the last three kept characters and end behind
-    // them, at the join; the first one there decides, as a "-->" in front of any "<!--" would.
-    if (joined) {
-      joined = false;
-      bool stop = false;
-      for (int k = std::max(0, keptSize - 3); k < keptSize && !joined && !stop; ++k) {
-        if (closesAt(k)) {
-          stop = true;
-        } else if (opensAt(k)) {
-          joined = remove(k);
-          stop = !joined;
-        }
-      }
-      if (stop) break;
-      if (joined) continue;
-    }
-    advance();
-    if (in >= size) break;
-    // source[in] is a "!" or a "-", the character at position keptSize; the tests below are
-    // opensAt(keptSize - 1) and closesAt(keptSize) with the first comparisons done cheaply.
-    const QChar second = in + 1 < size ? source[in + 1] : QChar();
-    if (source[in] == QLatin1Char('!')) {
-      if (second == QLatin1Char('-') && opensAt(keptSize - 1)) {
-        // Before the first removal only "!" was looked for: a "-->" in front stops the search.
-        if (!out) {
-          const int close = findClose(0);
-          if (close >= 0 && close < keptSize - 1) break;
-        }
-        if (!remove(keptSize - 1)) break;
-        joined = true;
-        continue;
-      }
-    } else if (second == QLatin1Char('-') && closesAt(keptSize)) {
-      break;
-    }
-    if (out) out[keptSize] = source[in];
-    ++keptSize;
-    ++in;
   }
-  if (!out) return;
-  std::copy(source + in, source + size, out + keptSize);
-  kept.resize(keptSize + (size - in));
+}
+
+void CHTMLParser::SimplifyHTML(QString& html) {
+  CommentRemover remover(html.constData(), html.size());
+  if (!remover.RemovesAnything()) return;
+  QString kept(html.size(), Qt::Uninitialized);
+  int keptSize = 0;
+  remover.Fill(kept.data(), keptSize, kept.size());
+  kept.resize(keptSize);
   html.swap(kept);
 }
 
 void CHTMLParser::ParseTagFromHTML(QString& html, int& pos) {
-  ParseNextTag(html, pos, nullptr);
+  ParseNextTag(html, pos, nullptr, true);
 }
 
 bool CHTMLParser::ParseTag(const QString& html, int& pos, QStringView* deferredArgs) {
-  return ParseNextTag(html, pos, deferredArgs);
+  return ParseNextTag(html, pos, deferredArgs, true) == TagResult::kDeferred;
 }
 
-Q_ALWAYS_INLINE bool CHTMLParser::ParseNextTag(const QString& html, int& pos,
-                                               QStringView* deferredArgs) {
+Q_ALWAYS_INLINE CHTMLParser::TagResult CHTMLParser::ParseNextTag(const QString& html, int& pos,
+                                                                 QStringView* deferredArgs,
+                                                                 bool isWhole) {
   const QChar* const data = html.constData();
   TagParts parts;
   bool isClose = false;
@@ -934,7 +1045,13 @@ Q_ALWAYS_INLINE bool CHTMLParser::ParseNextTag(const QString& html, int& pos,
   uint64_t packedHigh = 0;
   bool isPacked = false;
   if (!ReadPlainTag(html, pos, parts.key, isClose, packed, isPacked)) {
+    const int begin = pos;
     const TagSpan raw = ReadTag(html, pos);
+    // Running into the range's last character, the tag may go on behind it.
+    if (!isWhole && raw.end >= html.size() - 1) {
+      pos = begin;
+      return TagResult::kCut;
+    }
     // A closing tag loses its "<"; the "/" stays in front for the split to cut. Index 1 of a
     // one-character tag lies past its end, where a Qt string yields NUL: not a closing tag.
     const int skip = raw.end - raw.begin > 1 ? int(data[raw.begin + 1] == QLatin1Char('/')) : 0;
@@ -969,7 +1086,7 @@ Q_ALWAYS_INLINE bool CHTMLParser::ParseNextTag(const QString& html, int& pos,
   const bool readsArgs = tag == Tag::kFontSize || tag == Tag::kFontName || tag == Tag::kDivAlign ||
                          tag == Tag::kTrCols;
   RunHandler(tag, readsArgs ? HandlerArgs(parts) : QString(), isClose);
-  return defer;
+  return defer ? TagResult::kDeferred : TagResult::kDone;
 }
 
 void CHTMLParser::GetTagFromHTML(QString& tag, const QString& html, int& pos) {

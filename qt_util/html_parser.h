@@ -172,9 +172,16 @@ class QT_UTIL_EXPORT CHTMLParser {
   bool ParseTag(const QString& html, int& pos, QStringView* deferredArgs);
   void FillAttributes(QStringView rawArgs);
   void Dispatch(Tag tag, const QString& args, bool isClose);
+  // The main loop over `html` from `pos`: text runs and tags. Unless `isWhole`, `html` is a
+  // range of a longer text: the loop then stops, `pos` on it, at a tag or run that runs into the
+  // range's last character and so may go on behind it.
+  inline void ConvertRange(const QString& html, int& pos, bool isWhole, bool& deferred,
+                           QStringView& deferredArgs);
   // The bodies of ParseTag and Dispatch, and the lookup of a key already lower-cased and packed
   // one byte a character, which the main loop runs without a call.
-  inline bool ParseNextTag(const QString& html, int& pos, QStringView* deferredArgs);
+  enum class TagResult : unsigned char;
+  inline TagResult ParseNextTag(const QString& html, int& pos, QStringView* deferredArgs,
+                                bool isWhole);
   inline void RunHandler(Tag tag, const QString& args, bool isClose);
   static Tag FindTag(uint64_t low, uint64_t high, int length);
   void ParseAttributes(QStringView args);

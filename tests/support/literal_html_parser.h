@@ -41,6 +41,9 @@ class LiteralParser {
  public:
   explicit LiteralParser(CParserOut* out) : out_(out) {}
 
+  // The attribute map as the conversion left it.
+  const QMap<QString, QString>& Attributes() const { return attributes_; }
+
   void Convert(const QString& html) {
     if (!out_) return;
     const QString copy = ReferenceSimplify(html);
