@@ -260,6 +260,25 @@ QString TrimmedLower(QStringView view, bool stripQuotes) {
   return text;
 }
 
+// The lower-cased name of an attribute, when it is one of the common ones, shared instead of
+// allocated for every tag that names it; null otherwise. `name` is trimmed; only plain letters
+// match, whose lower case toLower gives as well.
+const QString* CommonAttributeName(QStringView name) {
+  static const QString kNames[] = {
+      QStringLiteral("src"),   QStringLiteral("alt"),    QStringLiteral("width"),
+      QStringLiteral("height"), QStringLiteral("align"),  QStringLiteral("color"),
+      QStringLiteral("size"),  QStringLiteral("face"),   QStringLiteral("name"),
+      QStringLiteral("style"), QStringLiteral("class"),  QStringLiteral("title"),
+      QStringLiteral("border"), QStringLiteral("classid")};
+  for (const QString& known : kNames) {
+    if (known.size() != name.size()) continue;
+    int i = 0;
+    while (i < name.size() && ushort(name[i].unicode() | 0x20) == known[i].unicode()) ++i;
+    if (i == name.size()) return &known;
+  }
+  return nullptr;
+}
+
 // QChar::isSpace, with the plain ASCII case first and without a branch.
 inline bool IsSpace(QChar c) {
   const unsigned u = c.unicode();
@@ -277,7 +296,7 @@ inline unsigned RunContentOf(QChar c) {
 
 // The end of the text run at `p`: the next "<", or `end`. `content` gets the RunContent bits of
 // the run, so that a run without line breaks or entities is neither searched nor rewritten.
-const QChar* ScanTextRun(const QChar* p, const QChar* end, unsigned& content) {
+Q_ALWAYS_INLINE const QChar* ScanTextRun(const QChar* p, const QChar* end, unsigned& content) {
   unsigned breaks = 0;
   unsigned ampersands = 0;
   for (; end - p >= Chars8::kCount; p += Chars8::kCount) {
@@ -1126,8 +1145,9 @@ void CHTMLParser::ParseAttributes(QStringView args) {
       p = -1;
       return size;
     }
-    const int space = int(args.indexOf(QLatin1Char(' '), p));
-    if (space < 0) {
+    int space = p;
+    while (space < size && data[space] != QLatin1Char(' ')) ++space;
+    if (space == size) {
       p = -1;
       return size;
     }
@@ -1143,11 +1163,13 @@ void CHTMLParser::ParseAttributes(QStringView args) {
     // A piece that does not end in a quote is joined with the next one, so that quoted values
     // with spaces stay whole (and an unquoted value swallows the pieces after it).
     while (p > 1 && !IsQuote(data[p - 2])) end = pieceEnd();
-    const QStringView token(data + begin, end - begin);
-    const auto equals = token.indexOf(QLatin1Char('='));
-    if (equals >= 0) {
-      attributes.insert(TrimmedLower(token.left(equals), false),
-                        TrimmedLower(token.mid(equals + 1), true));
+    int equals = begin;
+    while (equals < end && data[equals] != QLatin1Char('=')) ++equals;
+    if (equals < end) {
+      const QStringView name = QStringView(data + begin, equals - begin).trimmed();
+      const QString* common = CommonAttributeName(name);
+      attributes.insert(common ? *common : TrimmedLower(name, false),
+                        TrimmedLower(QStringView(data + equals + 1, end - equals - 1), true));
     }
   } while (end > begin && p >= 0);
 }
