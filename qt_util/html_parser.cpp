@@ -57,6 +57,13 @@ class Chars8 {
   }
 
   static int Index(unsigned mask) { return int(qCountTrailingZeroBits(mask)) >> 1; }
+  // The number of characters in a match mask, without the library call that a population count
+  // becomes on processors the build does not assume to have the instruction.
+  static int Count(unsigned mask) {
+    mask = (mask & 0x3333u) + ((mask >> 2) & 0x3333u);
+    mask = (mask + (mask >> 4)) & 0x0f0fu;
+    return int((mask + (mask >> 8)) & 0x1fu);
+  }
   // The bits of the characters in front of the lowest set bit of `mask`, all when it is 0.
   static unsigned Before(unsigned mask) { return (mask & (0u - mask)) - 1; }
 
@@ -243,7 +250,17 @@ int DecodeEntities(const QChar* source, int size, QChar* target) {
 QString TrimmedLower(QStringView view, bool stripQuotes) {
   view = view.trimmed();
   if (stripQuotes) {
-    while (!view.isEmpty() && IsQuote(view.front())) view = view.mid(1);
+    int first = 0;
+    const int size = int(view.size());
+    for (; size - first >= Chars8::kCount; first += Chars8::kCount) {
+      const unsigned other = ~Chars8(view.data() + first).Match('"', '\'') & 0x5555u;
+      if (other) {
+        first += Chars8::Index(other);
+        break;
+      }
+    }
+    while (first < size && IsQuote(view[first])) ++first;
+    view = view.mid(first);
     while (!view.isEmpty() && IsQuote(view.back())) view.chop(1);
   }
   const int size = int(view.size());
@@ -284,6 +301,16 @@ inline bool IsSpace(QChar c) {
   const unsigned u = c.unicode();
   if (u < 0x80) return (unsigned(u == ' ') | unsigned(u - '\t' < 5)) != 0;
   return c.isSpace();
+}
+
+// The index of the first `c` in data[from, size), or size.
+int IndexOf(const QChar* data, int from, int size, char16_t c) {
+  for (; size - from >= Chars8::kCount; from += Chars8::kCount) {
+    const unsigned found = Chars8(data + from).Match(c);
+    if (found) return from + Chars8::Index(found);
+  }
+  while (from < size && data[from] != c) ++from;
+  return from;
 }
 
 // What a text run holds besides plain characters.
@@ -421,17 +448,18 @@ Q_ALWAYS_INLINE TagSpan ReadTag(const QString& html, int& pos) {
     const unsigned singles = block.Match('\'');
     const unsigned quotes = doubles | singles;
     const QChar kind = doubles ? QLatin1Char('"') : QLatin1Char('\'');
-    if (quotes == 0 || ((doubles == 0 || singles == 0) && (depth == 0 || (depth == 1 && top == kind)))) {
-      unsigned inside = quotes;  // after each character: odd number of quotes so far
-      inside ^= inside << 2;
-      inside ^= inside << 4;
-      inside ^= inside << 8;
-      if (depth != 0) inside = ~inside;
+    if (quotes == 0 ||
+        ((doubles == 0 || singles == 0) && (depth == 0 || (depth == 1 && top == kind)))) {
+      unsigned odd = quotes;  // after each character: odd number of quotes so far
+      odd ^= odd << 2;
+      odd ^= odd << 4;
+      odd ^= odd << 8;
+      const unsigned inside = depth != 0 ? ~odd : odd;
       const unsigned closing = block.Match('>') & ~inside & 0x5555u;
       if (closing) {
         next += Chars8::Index(closing) - Chars8::kCount;  // the loop's step brings it back
         ended = true;
-      } else if (quotes != 0 && qPopulationCount(quotes) % 2 != 0) {
+      } else if ((odd >> (2 * (Chars8::kCount - 1))) & 1) {  // after the last character
         depth ^= 1;
         top = kind;
       }
@@ -450,8 +478,8 @@ Q_ALWAYS_INLINE TagSpan ReadTag(const QString& html, int& pos) {
       const unsigned oddRank = (rank ^ quotes) & quotes;
       const unsigned asDouble = (doubles ^ oddRank) & quotes;
       const unsigned pops = top == QLatin1Char('"') ? asDouble : quotes & ~asDouble;
-      const int count = qPopulationCount(quotes);
-      depth += count - 2 * qPopulationCount(pops);
+      const int count = Chars8::Count(quotes);
+      depth += count - 2 * Chars8::Count(pops);
       if (count % 2 != 0) top = QChar(ushort(top.unicode() ^ kFlip));
       continue;
     }
@@ -1145,8 +1173,7 @@ void CHTMLParser::ParseAttributes(QStringView args) {
       p = -1;
       return size;
     }
-    int space = p;
-    while (space < size && data[space] != QLatin1Char(' ')) ++space;
+    const int space = IndexOf(data, p, size, u' ');
     if (space == size) {
       p = -1;
       return size;
@@ -1163,8 +1190,7 @@ void CHTMLParser::ParseAttributes(QStringView args) {
     // A piece that does not end in a quote is joined with the next one, so that quoted values
     // with spaces stay whole (and an unquoted value swallows the pieces after it).
     while (p > 1 && !IsQuote(data[p - 2])) end = pieceEnd();
-    int equals = begin;
-    while (equals < end && data[equals] != QLatin1Char('=')) ++equals;
+    const int equals = IndexOf(data, begin, end, u'=');
     if (equals < end) {
       const QStringView name = QStringView(data + begin, equals - begin).trimmed();
       const QString* common = CommonAttributeName(name);
