@@ -21,13 +21,10 @@ class Chars8 {
   static constexpr int kCount = 8;
 
   // Reads p[0, 8).
-  explicit Chars8(const QChar* p)
 #if defined(__SSE2__)
-      : chars_(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))) {
-  }
+  explicit Chars8(const QChar* p) : chars_(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))) {}
 #else
-      : chars_(p) {
-  }
+  explicit Chars8(const QChar* p) : chars_(p) {}
 #endif
 
   template <typename... C>
@@ -56,7 +53,9 @@ class Chars8 {
 #endif
   }
 
-  static int Index(unsigned mask) { return int(qCountTrailingZeroBits(mask)) >> 1; }
+  static int Index(unsigned mask) {
+    return int(qCountTrailingZeroBits(mask)) >> 1;
+  }
   // The number of characters in a match mask, without the library call that a population count
   // becomes on processors the build does not assume to have the instruction.
   static int Count(unsigned mask) {
@@ -65,7 +64,9 @@ class Chars8 {
     return int((mask + (mask >> 8)) & 0x1fu);
   }
   // The bits of the characters in front of the lowest set bit of `mask`, all when it is 0.
-  static unsigned Before(unsigned mask) { return (mask & (0u - mask)) - 1; }
+  static unsigned Before(unsigned mask) {
+    return (mask & (0u - mask)) - 1;
+  }
 
   // The block from its character `count` (1 or 2) on; characters moved in from behind it are
   // never read.
@@ -85,8 +86,8 @@ class Chars8 {
 #if defined(__SSE2__)
     const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
     __m128i v = _mm_and_si128(chars_, _mm_cmplt_epi16(lane, _mm_set1_epi16(short(length))));
-    const __m128i ascii = _mm_cmpeq_epi16(_mm_and_si128(v, _mm_set1_epi16(short(0xff80))),
-                                          _mm_setzero_si128());
+    const __m128i ascii =
+        _mm_cmpeq_epi16(_mm_and_si128(v, _mm_set1_epi16(short(0xff80))), _mm_setzero_si128());
     if (_mm_movemask_epi8(ascii) != 0xffff) return false;
     const __m128i upper = _mm_and_si128(_mm_cmpgt_epi16(v, _mm_set1_epi16('A' - 1)),
                                         _mm_cmplt_epi16(v, _mm_set1_epi16('Z' + 1)));
@@ -282,10 +283,10 @@ QString TrimmedLower(QStringView view, bool stripQuotes) {
 // match, whose lower case toLower gives as well.
 const QString* CommonAttributeName(QStringView name) {
   static const QString kNames[] = {
-      QStringLiteral("src"),   QStringLiteral("alt"),    QStringLiteral("width"),
+      QStringLiteral("src"),    QStringLiteral("alt"),    QStringLiteral("width"),
       QStringLiteral("height"), QStringLiteral("align"),  QStringLiteral("color"),
-      QStringLiteral("size"),  QStringLiteral("face"),   QStringLiteral("name"),
-      QStringLiteral("style"), QStringLiteral("class"),  QStringLiteral("title"),
+      QStringLiteral("size"),   QStringLiteral("face"),   QStringLiteral("name"),
+      QStringLiteral("style"),  QStringLiteral("class"),  QStringLiteral("title"),
       QStringLiteral("border"), QStringLiteral("classid")};
   for (const QString& known : kNames) {
     if (known.size() != name.size()) continue;
@@ -356,10 +357,9 @@ bool PrepareTextRun(QStringView run, unsigned content, QString& buffer) {
   QChar* data = buffer.data();
   int size = int(end - begin);
   if (content & kLineBreak) {
-    size = int(std::remove_copy_if(begin, end, data,
-                                   [](QChar c) {
-                                     return c == QLatin1Char('\r') || c == QLatin1Char('\n');
-                                   }) -
+    size = int(std::remove_copy_if(
+                   begin, end, data,
+                   [](QChar c) { return c == QLatin1Char('\r') || c == QLatin1Char('\n'); }) -
                data);
     if (content & kAmpersand) size = DecodeEntities(data, size, data);
   } else if (content & kAmpersand) {
@@ -761,8 +761,8 @@ class CommentRemover {
       }
     }
     Advance();
-    if (in_ >= size_ || keptSize_ >= capacity_ || (source_[in_] != QLatin1Char('!') &&
-                                                    source_[in_] != QLatin1Char('-'))) {
+    if (in_ >= size_ || keptSize_ >= capacity_ ||
+        (source_[in_] != QLatin1Char('!') && source_[in_] != QLatin1Char('-'))) {
       return;
     }
     // source_[in_] is a "!" or a "-", the character at position keptSize_: OpensAt(keptSize_ - 1)
@@ -783,11 +783,11 @@ class CommentRemover {
 
   const QChar* const source_;
   const int size_;
-  int in_ = 0;         // source_[in_, size_) is still to read; it follows the kept text
-  int keptSize_ = 0;   // out_[0, keptSize_) holds the kept text so far
+  int in_ = 0;            // source_[in_, size_) is still to read; it follows the kept text
+  int keptSize_ = 0;      // out_[0, keptSize_) holds the kept text so far
   QChar* out_ = nullptr;  // null before the first removal
   int capacity_ = 0;
-  int prefix_ = 0;     // source_[prefix_, prefixEnd_) is kept text still to hand out
+  int prefix_ = 0;  // source_[prefix_, prefixEnd_) is kept text still to hand out
   int prefixEnd_ = 0;
   bool joined_ = false;   // a removal has just joined two pieces
   bool stopped_ = false;  // the search has stopped: the rest is kept as it stands
@@ -1118,7 +1118,8 @@ Q_ALWAYS_INLINE CHTMLParser::TagResult CHTMLParser::ParseNextTag(const QString& 
                (length <= Chars8::kCount ||
                 Chars8(key + Chars8::kCount).PackLower(length - Chars8::kCount, packedHigh));
   }
-  const Tag tag = isPacked ? FindTag(packed, packedHigh, int(parts.key.size())) : FindTag(parts.key);
+  const Tag tag =
+      isPacked ? FindTag(packed, packedHigh, int(parts.key.size())) : FindTag(parts.key);
 
   const bool defer = deferredArgs && !keepAttributes && tag != Tag::kImage;
   if (defer) {

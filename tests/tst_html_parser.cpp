@@ -351,8 +351,8 @@ void tst_HtmlParser::simplify_matchesRepeatedSearch_onGeneratedInputs() {
   }
   // The same with runs of plain text between them, read a block at a time, and markers cut by
   // the blocks' edges.
-  const QStringList longPieces = {"<!--", "-->", "<!", "--", "-", "<", ">", "plain text ", "!",
-                                  "0123456789abcdef"};
+  const QStringList longPieces = {"<!--", "-->", "<!",          "--", "-",
+                                  "<",    ">",   "plain text ", "!",  "0123456789abcdef"};
   for (int round = 0; round < 20000; ++round) {
     const int count = random.bounded(0, 40);
     QString html;
@@ -1038,17 +1038,38 @@ void tst_HtmlParser::conversion_matchesLiteralSteps_onBlockLongInputs() {
   // block edges matter: quote runs of both kinds far deeper than a block, long text runs full of
   // entities and line breaks (decoded in place), names of eight to twelve characters, and tags
   // and runs that end on or next to the last character.
-  static const QStringList pieces = {
-      "\"",       "'",           "\"'",           "''\"",    ">",         "<img alt=",
-      "<b ",       " ",           "&amp;",         "&lt;",    "&nbsp;",    "&#39;",
-      "\r\n",      "\n",          "plain words ",  "<",       "</",        "<font size />",
-      "<FONT BGCOLOR />", "<v:imagedata src=x>", "<div align />", "<tr cols />", "<br>",
-      "</font>",   "x",           QString::fromUtf8("\xc3\x84")};
+  static const QStringList pieces = {"\"",
+                                     "'",
+                                     "\"'",
+                                     "''\"",
+                                     ">",
+                                     "<img alt=",
+                                     "<b ",
+                                     " ",
+                                     "&amp;",
+                                     "&lt;",
+                                     "&nbsp;",
+                                     "&#39;",
+                                     "\r\n",
+                                     "\n",
+                                     "plain words ",
+                                     "<",
+                                     "</",
+                                     "<font size />",
+                                     "<FONT BGCOLOR />",
+                                     "<v:imagedata src=x>",
+                                     "<div align />",
+                                     "<tr cols />",
+                                     "<br>",
+                                     "</font>",
+                                     "x",
+                                     QString::fromUtf8("\xc3\x84")};
   QRandomGenerator random(10);
   int calls = 0;
   for (int round = 0; round < 20000; ++round) {
     QString html;
-    for (int i = random.bounded(1, 60); i > 0; --i) html += pieces.at(random.bounded(pieces.size()));
+    for (int i = random.bounded(1, 60); i > 0; --i)
+      html += pieces.at(random.bounded(pieces.size()));
     const QString mismatch = LiteralMismatch(html, calls);
     if (!mismatch.isEmpty()) QFAIL(qPrintable(mismatch));
   }
@@ -1086,11 +1107,28 @@ void tst_HtmlParser::conversion_matchesLiteralSteps_onLongCommentedInputs() {
   // and a run each longer than the buffer, and attribute maps left for the end.
   const QString longTag = "<img alt=\"" + QString(20000, 'a') + " b\" src=x>";
   const QString longRun = QString(20000, 'w') + " &amp; ";
-  const QStringList pieces = {"<!-- note -->", "<!---->", "<!--x", "-->",  "<!",       "--",
-                              "<img src=\"a.png\" alt=\"x y\">",            "<b>",      "</b>",
-                              "<font size=3>", "</font>", "<div align=right>", "<br>", "text run ",
-                              "&amp;",         "&l",      "t;",                "\r\n", "<",
-                              "x=\"1\" ",      "'",       ">"};
+  const QStringList pieces = {"<!-- note -->",
+                              "<!---->",
+                              "<!--x",
+                              "-->",
+                              "<!",
+                              "--",
+                              "<img src=\"a.png\" alt=\"x y\">",
+                              "<b>",
+                              "</b>",
+                              "<font size=3>",
+                              "</font>",
+                              "<div align=right>",
+                              "<br>",
+                              "text run ",
+                              "&amp;",
+                              "&l",
+                              "t;",
+                              "\r\n",
+                              "<",
+                              "x=\"1\" ",
+                              "'",
+                              ">"};
   QRandomGenerator random(11);
   int calls = 0;
   int removed = 0;
@@ -1116,8 +1154,14 @@ void tst_HtmlParser::conversion_matchesLiteralSteps_onLongCommentedInputs() {
     // to that tag with whole tags and comments only, so that nothing before can swallow it.
     if (round % 2 == 0) {
       html.clear();
-      const QStringList whole = {"<!-- note -->", "<b>", "</b>", "text run ", "&amp;", "\r\n",
-                                 "<img src=\"a.png\" alt=\"x y\">", "<font size=3>"};
+      const QStringList whole = {"<!-- note -->",
+                                 "<b>",
+                                 "</b>",
+                                 "text run ",
+                                 "&amp;",
+                                 "\r\n",
+                                 "<img src=\"a.png\" alt=\"x y\">",
+                                 "<font size=3>"};
       while (html.size() < length) html += whole.at(random.bounded(whole.size()));
     }
     html += "<b classid=\"clsid:last\" round=" + QString::number(round) + "><!-- c -->" + longRun;
