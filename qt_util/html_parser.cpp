@@ -726,19 +726,25 @@ class CommentRemover {
   // Copies source characters to the kept text up to the next "!" or "-", the end, or a full
   // buffer.
   void Advance() {
-    while (size_ - in_ >= Chars8::kCount && capacity_ - keptSize_ >= Chars8::kCount) {
-      const Chars8 block(source_ + in_);
-      block.Store(out_ + keptSize_);
-      const unsigned found = block.Match('!', '-');
+    // In locals: the compiler cannot tell that the characters written leave the members alone.
+    int in = in_;
+    int kept = keptSize_;
+    const int blocks = std::min(size_ - in, capacity_ - kept) / Chars8::kCount;
+    for (int block = 0; block < blocks; ++block) {
+      const Chars8 chars(source_ + in);
+      chars.Store(out_ + kept);
+      const unsigned found = chars.Match('!', '-');
       const int plain = found ? Chars8::Index(found) : Chars8::kCount;
-      in_ += plain;
-      keptSize_ += plain;
-      if (found) return;
+      in += plain;
+      kept += plain;
+      if (found) break;
     }
-    while (in_ < size_ && keptSize_ < capacity_ && source_[in_] != QLatin1Char('!') &&
-           source_[in_] != QLatin1Char('-')) {
-      out_[keptSize_++] = source_[in_++];
+    while (in < size_ && kept < capacity_ && source_[in] != QLatin1Char('!') &&
+           source_[in] != QLatin1Char('-')) {
+      out_[kept++] = source_[in++];
     }
+    in_ = in;
+    keptSize_ = kept;
   }
 
   // One step after the first removal: the join, or the text up to the next marker character
@@ -749,6 +755,7 @@ class CommentRemover {
       // one there decides, as a "-->" in front of any "<!--" would.
       joined_ = false;
       for (int k = std::max(0, keptSize_ - 3); k < keptSize_; ++k) {
+        if (out_[k] != QLatin1Char('-') && out_[k] != QLatin1Char('<')) continue;
         if (ClosesAt(k)) {
           stopped_ = true;
           return;
