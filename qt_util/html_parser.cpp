@@ -556,8 +556,9 @@ inline TagParts SplitTag(QStringView tag, int space) {
   }
   parts.hasArgs = true;
   parts.rawArgs = tag.mid(space + 1);
-  parts.selfClosing = !parts.rawArgs.isEmpty() && parts.rawArgs.back() == QLatin1Char('/') &&
-                      !parts.rawArgs.contains(QLatin1Char('"'));
+  parts.selfClosing =
+      !parts.rawArgs.isEmpty() && parts.rawArgs.back() == QLatin1Char('/') &&
+      IndexOf(parts.rawArgs.data(), 0, int(parts.rawArgs.size()), u'"') == parts.rawArgs.size();
   parts.key = parts.selfClosing ? Mid(tag, 1, int(tag.size()) - 3) : Mid(tag, 1, space - 1);
   return parts;
 }
@@ -1374,7 +1375,8 @@ Q_ALWAYS_INLINE void CHTMLParser::RunHandler(Tag tag, const QString& args, bool 
       flag(&CParserOut::bold);
       break;
     case Tag::kFontSize:
-      if (output) output->fontSize = args.toInt(nullptr, 10);
+      // A self-closing "font size" has no argument text, which reads as 0 without the call.
+      if (output) output->fontSize = args.isEmpty() ? 0 : args.toInt(nullptr, 10);
       fontAttributes.push_back(FontAttribute::kSize);
       break;
     case Tag::kFontName:
