@@ -98,7 +98,7 @@ class Chars8 {
     for (int i = 0; i < length; ++i) {
       const ushort c = chars_[i].unicode();
       if (c >= 0x80) return false;
-      low |= uint64_t(c - 'A' < 26u ? c + ('a' - 'A') : c) << (8 * i);
+      low |= uint64_t(ushort(c - 'A') < 26 ? c + ('a' - 'A') : c) << (8 * i);
     }
 #endif
     return true;
