@@ -1,8 +1,11 @@
+#include <QDir>
 #include <QFile>
 #include <QImageIOHandler>
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <functional>
+#include <vector>
 
 #include "qt_util/image_utils.h"
 #include "support/exif_jpeg.h"
@@ -46,6 +49,37 @@ QImage HalfAndHalf() {
   return image;
 }
 
+// The ratio-1 results pinned in data/image_utils, as the implementation made them before pixmaps
+// kept their ratio: each row names its file and how the result is made.
+struct PinnedRow {
+  const char* file;
+  std::function<QPixmap()> make;
+};
+
+const std::vector<PinnedRow>& PinnedRows() {
+  static const std::vector<PinnedRow> rows = {
+      {"round_rect_64_r16.png",
+       [] { return QTImageUtils::MakeRoundRectImage(Gradient(64, 64), 16); }},
+      {"round_rect_48x30_r7.5.png",
+       [] { return QTImageUtils::MakeRoundRectImage(Gradient(48, 30), 7.5f); }},
+      {"round_rect_icon_r10.png", [] { return QTImageUtils::MakeRoundRectImage(Icon(), 10); }},
+      {"round_100x40.png", [] { return QTImageUtils::MakeRoundImage(Gradient(100, 40)); }},
+      {"round_60x41.png", [] { return QTImageUtils::MakeRoundImage(Gradient(60, 41)); }},
+      {"mask_40x30_r10.png",
+       [] { return QTImageUtils::MakeRoundRectMask(QRect(0, 0, 40, 30), 10); }},
+      {"mask_offset_r6.png",
+       [] { return QTImageUtils::MakeRoundRectMask(QRect(10, 10, 30, 30), 6); }},
+      {"tint_icon_red.png", [] { return QTImageUtils::MakeTintImage(Icon(), QColor(Qt::red)); }},
+      {"tint_icon_red_half.png",
+       [] { return QTImageUtils::MakeTintImage(Icon(), QColor(255, 0, 0, 128)); }},
+  };
+  return rows;
+}
+
+QString PinnedDir() {
+  return QStringLiteral(QT_UTIL_TEST_DATA_DIR "/image_utils");
+}
+
 }  // namespace
 
 class tst_ImageUtils : public QObject {
@@ -80,6 +114,10 @@ class tst_ImageUtils : public QObject {
   void adjustImageTransformation_unreadableFile_isNull();
   void imageTransformation_reportsTheStoredOrientation_data();
   void imageTransformation_reportsTheStoredOrientation();
+
+  // Ratio 1 stays as it was
+  void ratioOne_matchesPinnedOutput_data();
+  void ratioOne_matchesPinnedOutput();
 };
 
 void tst_ImageUtils::makeRoundImage_radiusIsHalfTheHeight_data() {
@@ -284,6 +322,29 @@ void tst_ImageUtils::imageTransformation_reportsTheStoredOrientation() {
                                                quint16(orientation)));
   file.close();
   QCOMPARE(QTImageUtils::ImageTransformation(path), transformation);
+}
+
+void tst_ImageUtils::ratioOne_matchesPinnedOutput_data() {
+  QTest::addColumn<int>("row");
+  for (size_t i = 0; i < PinnedRows().size(); ++i) QTest::newRow(PinnedRows()[i].file) << int(i);
+}
+
+// The pinned files are rewritten, rather than compared, when QT_UTIL_WRITE_IMAGE_FIXTURES names a
+// directory (see data/image_utils/README).
+void tst_ImageUtils::ratioOne_matchesPinnedOutput() {
+  QFETCH(int, row);
+  const PinnedRow& pinned = PinnedRows()[size_t(row)];
+  const QPixmap result = pinned.make();
+  QCOMPARE(result.devicePixelRatio(), 1.0);
+  const QString out_dir = qEnvironmentVariable("QT_UTIL_WRITE_IMAGE_FIXTURES");
+  if (!out_dir.isEmpty()) {
+    QVERIFY(QDir().mkpath(out_dir));
+    QVERIFY(ToImage(result).save(QDir(out_dir).filePath(QString::fromUtf8(pinned.file)), "PNG"));
+    QSKIP("fixture written, not compared");
+  }
+  const QImage expected(QDir(PinnedDir()).filePath(QString::fromUtf8(pinned.file)));
+  QVERIFY2(!expected.isNull(), pinned.file);
+  QCOMPARE(ToImage(result), expected.convertToFormat(QImage::Format_ARGB32));
 }
 
 QTEST_MAIN(tst_ImageUtils)
