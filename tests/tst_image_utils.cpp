@@ -9,6 +9,7 @@
 
 #include "qt_util/image_utils.h"
 #include "support/exif_jpeg.h"
+#include "support/qt_message_capture.h"
 
 namespace {
 
@@ -24,10 +25,12 @@ QPixmap Gradient(int width, int height) {
 }
 
 // A 32x32 icon: an opaque blue disc on transparency, with a half-transparent ring round it.
-QPixmap Icon() {
-  QPixmap pixmap(32, 32);
+// A larger size draws the same icon scaled, the way a HiDPI variant of it is made.
+QPixmap Icon(int size = 32) {
+  QPixmap pixmap(size, size);
   pixmap.fill(Qt::transparent);
   QPainter painter(&pixmap);
+  painter.scale(size / 32.0, size / 32.0);
   painter.setPen(Qt::NoPen);
   painter.setBrush(QColor(0, 0, 255, 128));
   painter.drawEllipse(QRect(4, 4, 24, 24));
@@ -38,6 +41,32 @@ QPixmap Icon() {
 
 QImage ToImage(const QPixmap& pixmap) {
   return pixmap.toImage().convertToFormat(QImage::Format_ARGB32);
+}
+
+// The same pixels, marked as a HiDPI variant of `ratio`.
+QPixmap WithRatio(QPixmap pixmap, qreal ratio) {
+  pixmap.setDevicePixelRatio(ratio);
+  return pixmap;
+}
+
+// The device pixels alone, so that images of different ratios compare by content.
+QImage DevicePixels(const QPixmap& pixmap) {
+  QImage image = ToImage(pixmap);
+  image.setDevicePixelRatio(1);
+  return image;
+}
+
+// What a widget of `ratio` shows when it paints the pixmap at (0, 0) on an area of `logical`
+// size, read back in device pixels.
+QImage Rendered(const QPixmap& pixmap, const QSize& logical, qreal ratio) {
+  QImage canvas(logical * ratio, QImage::Format_ARGB32_Premultiplied);
+  canvas.setDevicePixelRatio(ratio);
+  canvas.fill(Qt::transparent);
+  QPainter painter(&canvas);
+  painter.drawPixmap(QPoint(0, 0), pixmap);
+  painter.end();
+  canvas.setDevicePixelRatio(1);
+  return canvas.convertToFormat(QImage::Format_ARGB32);
 }
 
 // A 40x20 picture, left half red and right half green, so a quarter turn is visible.
@@ -95,6 +124,11 @@ class tst_ImageUtils : public QObject {
   void makeRoundRectImage_nullPixmap_isNull();
   void makeRoundRectImage_cornerTransparentCentreKept();
   void makeRoundRectImage_leavesInputUntouched();
+  void makeRoundRectImage_keepsRatio_radiusInLogicalPixels_data();
+  void makeRoundRectImage_keepsRatio_radiusInLogicalPixels();
+  void makeRoundRectImage_ratio2_showsAtItsLogicalSize();
+  void makeRoundImage_keepsRatio_endsStayHalfDiscs_data();
+  void makeRoundImage_keepsRatio_endsStayHalfDiscs();
 
   // Mask
   void makeRoundRectMask_blackOutsideTransparentInside();
@@ -105,8 +139,11 @@ class tst_ImageUtils : public QObject {
   // Tinting
   void makeTintImage_invalidOrTransparentColor_returnsInput_data();
   void makeTintImage_invalidOrTransparentColor_returnsInput();
+  void makeTintImage_opaqueRed_paintsShapeKeepsTransparency_data();
   void makeTintImage_opaqueRed_paintsShapeKeepsTransparency();
+  void makeTintImage_ratio2_showsAtItsLogicalSize();
   void makeTintImage_colorAlphaIsApplied();
+  void makeTintImage_nullPixmap_isNullWithoutPainterWarnings();
 
   // Orientation
   void adjustImageTransformation_rotatedJpeg_swapsDimensions();
@@ -186,6 +223,60 @@ void tst_ImageUtils::makeRoundRectImage_leavesInputUntouched() {
   QCOMPARE(ToImage(source), before);
 }
 
+void tst_ImageUtils::makeRoundRectImage_keepsRatio_radiusInLogicalPixels_data() {
+  QTest::addColumn<qreal>("ratio");
+  QTest::newRow("ratio 2") << qreal(2);
+  QTest::newRow("ratio 3") << qreal(3);
+  QTest::newRow("ratio 1.5") << qreal(1.5);
+}
+
+// A radius of 8 at ratio r rounds like a radius of 8 * r on the same pixels at ratio 1: the
+// radius is in the logical pixels a widget paints in, and the whole image is covered.
+void tst_ImageUtils::makeRoundRectImage_keepsRatio_radiusInLogicalPixels() {
+  QFETCH(qreal, ratio);
+  const QPixmap source = WithRatio(Gradient(96, 96), ratio);
+  const QPixmap result = QTImageUtils::MakeRoundRectImage(source, 8);
+  QCOMPARE(result.devicePixelRatio(), ratio);
+  QCOMPARE(result.size(), QSize(96, 96));
+  QCOMPARE(DevicePixels(result),
+           DevicePixels(QTImageUtils::MakeRoundRectImage(Gradient(96, 96), float(8 * ratio))));
+  QCOMPARE(DevicePixels(source), ToImage(Gradient(96, 96)));
+}
+
+void tst_ImageUtils::makeRoundRectImage_ratio2_showsAtItsLogicalSize() {
+  // A 32x32 picture in its "@2x" form, rounded by 8 and shown on a ratio-2 screen.
+  const QPixmap source = WithRatio(Gradient(64, 64), 2);
+  const QImage shown = Rendered(QTImageUtils::MakeRoundRectImage(source, 8), QSize(32, 32), 2);
+  const QImage plain = DevicePixels(source);
+  for (const QPoint corner : {QPoint(0, 0), QPoint(63, 0), QPoint(0, 63), QPoint(63, 63)}) {
+    QCOMPARE(qAlpha(shown.pixel(corner)), 0);
+  }
+  // 8 logical pixels are 16 device pixels: (3, 3) lies outside that corner's arc, though
+  // inside the arc of a radius of 8 device pixels.
+  QCOMPARE(qAlpha(shown.pixel(3, 3)), 0);
+  QCOMPARE(shown.pixel(6, 6), plain.pixel(6, 6));
+  for (const QPoint kept : {QPoint(32, 32), QPoint(32, 0), QPoint(63, 32), QPoint(32, 63)}) {
+    QCOMPARE(shown.pixel(kept), plain.pixel(kept));
+  }
+}
+
+void tst_ImageUtils::makeRoundImage_keepsRatio_endsStayHalfDiscs_data() {
+  QTest::addColumn<qreal>("ratio");
+  QTest::addColumn<QSize>("size");
+  QTest::newRow("ratio 2, 100x40") << qreal(2) << QSize(100, 40);
+  QTest::newRow("ratio 1.5, 60x41") << qreal(1.5) << QSize(60, 41);
+}
+
+// The radius is half the height in device pixels, so the ends are half discs at every ratio.
+void tst_ImageUtils::makeRoundImage_keepsRatio_endsStayHalfDiscs() {
+  QFETCH(qreal, ratio);
+  QFETCH(QSize, size);
+  const QPixmap plain = Gradient(size.width(), size.height());
+  const QPixmap result = QTImageUtils::MakeRoundImage(WithRatio(plain, ratio));
+  QCOMPARE(result.devicePixelRatio(), ratio);
+  QCOMPARE(DevicePixels(result), DevicePixels(QTImageUtils::MakeRoundImage(plain)));
+}
+
 void tst_ImageUtils::makeRoundRectMask_blackOutsideTransparentInside() {
   const QImage mask = ToImage(QTImageUtils::MakeRoundRectMask(QRect(0, 0, 40, 30), 10));
   QCOMPARE(mask.size(), QSize(40, 30));
@@ -232,9 +323,23 @@ void tst_ImageUtils::makeTintImage_invalidOrTransparentColor_returnsInput() {
   QCOMPARE(result.cacheKey(), icon.cacheKey());
 }
 
+void tst_ImageUtils::makeTintImage_opaqueRed_paintsShapeKeepsTransparency_data() {
+  QTest::addColumn<qreal>("ratio");
+  QTest::addColumn<int>("size");
+  QTest::newRow("ratio 1") << qreal(1) << 32;
+  QTest::newRow("ratio 2") << qreal(2) << 64;
+  QTest::newRow("ratio 1.5") << qreal(1.5) << 48;
+}
+
+// At every ratio the whole icon is tinted, in device pixels, and the result keeps the ratio.
 void tst_ImageUtils::makeTintImage_opaqueRed_paintsShapeKeepsTransparency() {
-  const QImage source = ToImage(Icon());
-  const QImage tinted = ToImage(QTImageUtils::MakeTintImage(Icon(), QColor(Qt::red)));
+  QFETCH(qreal, ratio);
+  QFETCH(int, size);
+  const QPixmap icon = WithRatio(Icon(size), ratio);
+  const QPixmap result = QTImageUtils::MakeTintImage(icon, QColor(Qt::red));
+  QCOMPARE(result.devicePixelRatio(), ratio);
+  const QImage source = DevicePixels(icon);
+  const QImage tinted = DevicePixels(result);
   QCOMPARE(tinted.size(), source.size());
   int opaque = 0;
   for (int y = 0; y < source.height(); ++y) {
@@ -248,8 +353,21 @@ void tst_ImageUtils::makeTintImage_opaqueRed_paintsShapeKeepsTransparency() {
       }
     }
   }
-  QVERIFY(opaque > 100);
+  QVERIFY(opaque > 100 * ratio * ratio);
   QCOMPARE(tinted.pixel(0, 0), qRgba(0, 0, 0, 0));
+}
+
+void tst_ImageUtils::makeTintImage_ratio2_showsAtItsLogicalSize() {
+  // A 32x32 icon in its "@2x" form, shown by a widget on a ratio-2 screen.
+  const QPixmap tinted = QTImageUtils::MakeTintImage(WithRatio(Icon(64), 2), QColor(Qt::red));
+  const QImage shown = Rendered(tinted, QSize(32, 32), 2);
+  QCOMPARE(shown, DevicePixels(tinted));
+  // The red disc sits in the middle of the area, not stretched over and past it.
+  QCOMPARE(shown.pixel(32, 32), qRgba(255, 0, 0, 255));
+  QCOMPARE(shown.pixel(20, 32), qRgba(255, 0, 0, 255));
+  QCOMPARE(shown.pixel(44, 32), qRgba(255, 0, 0, 255));
+  QCOMPARE(qAlpha(shown.pixel(2, 2)), 0);
+  QCOMPARE(qAlpha(shown.pixel(61, 61)), 0);
 }
 
 void tst_ImageUtils::makeTintImage_colorAlphaIsApplied() {
@@ -259,6 +377,12 @@ void tst_ImageUtils::makeTintImage_colorAlphaIsApplied() {
   QCOMPARE(qAlpha(centre), 255);
   QVERIFY(qAbs(qRed(centre) - 128) <= 2);
   QVERIFY(qAbs(qBlue(centre) - 127) <= 2);
+}
+
+void tst_ImageUtils::makeTintImage_nullPixmap_isNullWithoutPainterWarnings() {
+  QtMessageCapture messages;
+  QVERIFY(QTImageUtils::MakeTintImage(QPixmap(), QColor(Qt::red)).isNull());
+  QCOMPARE(int(messages.All().size()), 0);
 }
 
 void tst_ImageUtils::adjustImageTransformation_rotatedJpeg_swapsDimensions() {
