@@ -7,25 +7,35 @@
 #include <QPainter>
 #include <QRect>
 
-QPixmap QTImageUtils::MakeRoundImage(const QPixmap& pixmap) {
-  return MakeRoundRectImage(pixmap, float(pixmap.height() / 2));
-}
+namespace {
 
-QPixmap QTImageUtils::MakeRoundRectImage(const QPixmap& pixmap, float radius) {
+// Rounds in device pixels: the mask and the drawing ignore the ratio, and the result takes the
+// input's ratio back, so a HiDPI pixmap keeps its logical size and is covered whole.
+QPixmap RoundDevicePixels(const QPixmap& pixmap, qreal device_radius) {
   if (pixmap.isNull()) return pixmap;
-  const QPixmap mask = MakeRoundRectMask(pixmap.rect(), radius);
-  if (mask.isNull()) return pixmap;
+  QPixmap result = QTImageUtils::MakeRoundRectMask(pixmap.rect(), float(device_radius));
+  if (result.isNull()) return pixmap;
 
   // The mask is black outside the rounded rectangle and transparent inside: SourceOut keeps the
   // picture only where the mask is transparent and clears the black corners.
-  QPixmap result = mask;
   QPainter painter(&result);
   painter.setPen(Qt::NoPen);
   painter.setCompositionMode(QPainter::CompositionMode_SourceOut);
   painter.setRenderHint(QPainter::SmoothPixmapTransform, true);
   painter.drawPixmap(pixmap.rect(), pixmap);
   painter.end();
+  result.setDevicePixelRatio(pixmap.devicePixelRatio());
   return result;
+}
+
+}  // namespace
+
+QPixmap QTImageUtils::MakeRoundImage(const QPixmap& pixmap) {
+  return RoundDevicePixels(pixmap, pixmap.height() / 2);
+}
+
+QPixmap QTImageUtils::MakeRoundRectImage(const QPixmap& pixmap, float radius) {
+  return RoundDevicePixels(pixmap, radius * pixmap.devicePixelRatio());
 }
 
 QPixmap QTImageUtils::MakeRoundRectMask(const QRect& rect, float radius) {
@@ -47,15 +57,19 @@ QPixmap QTImageUtils::MakeRoundRectMask(const QRect& rect, float radius) {
 }
 
 QPixmap QTImageUtils::MakeTintImage(const QPixmap& pixmap, const QColor& color) {
-  if (!color.isValid() || color == QColor(Qt::transparent)) return pixmap;
+  // A null pixmap has nothing to tint, and painting on one only makes QPainter complain.
+  if (pixmap.isNull() || !color.isValid() || color == QColor(Qt::transparent)) return pixmap;
 
+  // Painted in device pixels, source rectangle onto a same-sized target, so that a HiDPI
+  // pixmap is tinted whole; the result then takes the input's ratio.
   QPixmap result(pixmap.size());
   result.fill(Qt::transparent);
   QPainter painter(&result);
-  painter.drawPixmap(0, 0, pixmap);
+  painter.drawPixmap(result.rect(), pixmap, pixmap.rect());
   painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
   painter.fillRect(result.rect(), color);
   painter.end();
+  result.setDevicePixelRatio(pixmap.devicePixelRatio());
   return result;
 }
 

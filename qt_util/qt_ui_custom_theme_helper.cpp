@@ -12,6 +12,18 @@ namespace {
 std::atomic<QTUICustomThemeHelper*> g_instance{nullptr};
 std::mutex g_instance_mutex;
 
+// What every operation does without a manager: its own level-1 line, recorded under its own
+// name (the caller's __func__), and its fallback.
+template <typename Fallback>
+Fallback NoManager(const char* function, const char* text, Fallback fallback) {
+  if (base::log::GetLogLevel() >= base::log::kLevelFailure) {
+    __logwriter(base::log::kLevelFailure, std::string(QTU_LOG_FILE_NAME), __LINE__,
+                std::string(function), base::log::PrintLog)
+        << text;
+  }
+  return fallback;
+}
+
 }  // namespace
 
 ICustomThemeManager::~ICustomThemeManager() = default;
@@ -37,74 +49,53 @@ bool QTUICustomThemeHelper::SetThemeManager(std::unique_ptr<ICustomThemeManager>
 }
 
 int QTUICustomThemeHelper::CurrentThemeType() const {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, current theme type failed! manager nullptr!";
-    return 1;
-  }
-  return manager_->CurrentThemeType();
+  if (manager_) return manager_->CurrentThemeType();
+  return NoManager(__func__,
+                   "qt ui custom theme helper, current theme type failed! manager nullptr!", 1);
 }
 
 std::string QTUICustomThemeHelper::GetThemeColorStr(const std::string& token) const {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, get theme color str failed! manager nullptr!";
-    return "#FF000000";
-  }
-  return manager_->GetThemeColorStr(token);
+  if (manager_) return manager_->GetThemeColorStr(token);
+  return NoManager(__func__,
+                   "qt ui custom theme helper, get theme color str failed! manager nullptr!",
+                   "#FF000000");
 }
 
 uint32_t QTUICustomThemeHelper::GetThemeColor(const std::string& token) const {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, get theme color failed! manager nullptr!";
-    return 0;
-  }
-  return manager_->GetThemeColor(token);
+  if (manager_) return manager_->GetThemeColor(token);
+  return NoManager(__func__, "qt ui custom theme helper, get theme color failed! manager nullptr!",
+                   0);
 }
 
 uint32_t QTUICustomThemeHelper::GetThemeColorWithReplaceAlpha(const std::string& token,
                                                               const std::string& alpha) const {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, get theme color with alpha failed! manager nullptr!";
-    return 0;
-  }
-  return manager_->GetThemeColorWithReplaceAlpha(token, alpha);
+  if (manager_) return manager_->GetThemeColorWithReplaceAlpha(token, alpha);
+  return NoManager(__func__,
+                   "qt ui custom theme helper, get theme color with alpha failed! manager nullptr!",
+                   0);
 }
 
 bool QTUICustomThemeHelper::InstallAppThemeEventFilter(QObject* object) const {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, install theme event failed! manager nullptr!";
-    return false;
-  }
-  return manager_->InstallAppThemeEventFilter(object);
+  if (manager_) return manager_->InstallAppThemeEventFilter(object);
+  return NoManager(
+      __func__, "qt ui custom theme helper, install theme event failed! manager nullptr!", false);
 }
 
 QColor QTUICustomThemeHelper::GetThemeQColor(const std::string& token) const {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, get theme QColor failed! manager nullptr!";
-    return QColor(Qt::black);
-  }
-  return manager_->GetThemeQColor(token);
+  if (manager_) return manager_->GetThemeQColor(token);
+  return NoManager(__func__, "qt ui custom theme helper, get theme QColor failed! manager nullptr!",
+                   QColor(Qt::black));
 }
 
 QString QTUICustomThemeHelper::GetCurrentThemeResPath(const QString& path) const {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, get current theme res path failed!";
-    return path;
-  }
-  return manager_->GetCurrentThemeResPath(path);
+  if (manager_) return manager_->GetCurrentThemeResPath(path);
+  return NoManager(__func__, "qt ui custom theme helper, get current theme res path failed!", path);
 }
 
 QString QTUICustomThemeHelper::GenCurrentThemeQssPath(const QString& path) const {
   if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, get current theme qss path failed!";
-    return path;
+    return NoManager(__func__, "qt ui custom theme helper, get current theme qss path failed!",
+                     path);
   }
   QString result = path;
   if (QTUICustomThemeHelper::SharedInstance()->IsCurrentDarkType()) {
@@ -119,27 +110,17 @@ QString QTUICustomThemeHelper::GenCurrentThemeQssPath(const QString& path) const
 }
 
 bool QTUICustomThemeHelper::IsCurrentDarkType() const {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, call is current dark type failed!";
-    return false;
-  }
-  return manager_->IsCurrentDarkType();
+  if (manager_) return manager_->IsCurrentDarkType();
+  return NoManager(__func__, "qt ui custom theme helper, call is current dark type failed!", false);
 }
 
 bool QTUICustomThemeHelper::CheckThemeColorTokenValid(const QString& token) const {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure)
-        << "qt ui custom theme helper, check theme color token valid failed!";
-    return false;
-  }
-  return manager_->CheckThemeColorTokenValid(token);
+  if (manager_) return manager_->CheckThemeColorTokenValid(token);
+  return NoManager(__func__, "qt ui custom theme helper, check theme color token valid failed!",
+                   false);
 }
 
 bool QTUICustomThemeHelper::CheckSetupQss(QWidget* widget, const QString& qss) {
-  if (!manager_) {
-    QTU_LOG(base::log::kLevelFailure) << "qt ui custom theme helper, check setup qss failed!";
-    return true;
-  }
-  return manager_->CheckSetupQss(widget, qss);
+  if (manager_) return manager_->CheckSetupQss(widget, qss);
+  return NoManager(__func__, "qt ui custom theme helper, check setup qss failed!", true);
 }

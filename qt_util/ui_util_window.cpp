@@ -82,6 +82,9 @@ void BringToFront(QWidget* widget, bool front) {
   } else {
     widget->lower();
   }
+  // Qt keeps the restacking request in its buffer until its event loop next handles window
+  // system events, which can be the next mouse move: the window would stay where it was.
+  x_utils::FlushRequests();
 }
 
 void UpdateWidgetWindow(QWidget* widget) {

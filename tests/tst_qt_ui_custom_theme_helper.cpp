@@ -170,6 +170,9 @@ class tst_QtUiCustomThemeHelper : public QObject {
   void noManager_resPathIsUnchanged();
   void noManager_everyOperationFallsBackWithItsLine_data();
   void noManager_everyOperationFallsBackWithItsLine();
+  void noManager_belowFailureLevel_fallsBackWithoutALine_data();
+  void noManager_belowFailureLevel_fallsBackWithoutALine();
+  void noManager_lineNamesThisSourceFile();
 
   // With a manager
   void manager_receivesEveryCallWithItsArguments();
@@ -240,6 +243,30 @@ void tst_QtUiCustomThemeHelper::noManager_everyOperationFallsBackWithItsLine() {
   QCOMPARE(records[0].level, 1);
   QCOMPARE(QString::fromStdString(records[0].text), QString::fromUtf8(fallback.text));
   QCOMPARE(QString::fromStdString(records[0].function), QString::fromUtf8(fallback.name));
+}
+
+void tst_QtUiCustomThemeHelper::noManager_belowFailureLevel_fallsBackWithoutALine_data() {
+  noManager_everyOperationFallsBackWithItsLine_data();
+}
+
+void tst_QtUiCustomThemeHelper::noManager_belowFailureLevel_fallsBackWithoutALine() {
+  QFETCH(int, row);
+  const FallbackRow& fallback = FallbackRows()[size_t(row)];
+  QTUICustomThemeHelper* helper = Helper();
+  LogCapture capture(0);
+  QVERIFY(fallback.returns_fallback(helper));
+  QCOMPARE(int(capture.Size()), 0);
+}
+
+void tst_QtUiCustomThemeHelper::noManager_lineNamesThisSourceFile() {
+  QTUICustomThemeHelper* helper = Helper();
+  LogCapture capture(6);
+  helper->IsCurrentDarkType();
+  const auto records = capture.Records();
+  QCOMPARE(int(records.size()), 1);
+  QCOMPARE(QString::fromStdString(records[0].file),
+           QStringLiteral("qt_ui_custom_theme_helper.cpp"));
+  QVERIFY(records[0].line > 0);
 }
 
 void tst_QtUiCustomThemeHelper::manager_receivesEveryCallWithItsArguments() {

@@ -1,6 +1,9 @@
+#include <sys/resource.h>
+#include <QProcess>
 #include <QRandomGenerator>
 #include <QThread>
 #include <QtTest>
+
 #include <climits>
 #include <cstdint>
 #include <initializer_list>
@@ -13,10 +16,15 @@
 #include "base/common/include/logger.h"
 #include "base/variant/variant.h"
 #include "qt_util/qt_variant_utils.h"
+#include "support/deep_documents.h"
 #include "support/log_capture.h"
 
 using base::variant::Variant;
 using base::variant::VariantType;
+using test_support::DeepQVariant;
+using test_support::DeepVariant;
+using test_support::QVariantDepth;
+using test_support::VariantDepth;
 
 // Every type code from 0 to 15 can be made through the framework's API: the scalars and
 // containers through their constructors, code 5 through Variant(void*), and codes 8 to 15 through
@@ -103,65 +111,6 @@ QString Describe(const Variant& value) {
       qPrintable(                         \
           QStringLiteral("actual %1, expected %2").arg(Describe(actual), Describe(expected))))
 
-// Builds `depth` nested containers with `true` at the bottom, each level in place: Add and Set
-// store copies, and copying the tail once per level would take quadratic time.
-Variant DeepVariant(int depth, VariantType container) {
-  Variant root;
-  Variant* level = &root;
-  for (int i = 0; i < depth; ++i) {
-    if (container == base::variant::kMap) {
-      level = &(*level)["k"];
-    } else {
-      level->Add(Variant());
-      level = &const_cast<Variant&>(level->AsArray().back());
-    }
-  }
-  *level = Variant(true);
-  return root;
-}
-
-QVariant DeepQVariant(int depth, QVariant::Type container) {
-  QVariant value(true);
-  for (int i = 0; i < depth; ++i) {
-    value = container == QVariant::Map ? QVariant(QVariantMap{{QStringLiteral("k"), value}})
-                                       : QVariant(QVariantList{value});
-  }
-  return value;
-}
-
-// Walks down the first element of each level without recursing; the leaf must be `true`.
-int VariantDepth(const Variant& root) {
-  int depth = 0;
-  const Variant* level = &root;
-  for (;;) {
-    if (level->GetType() == base::variant::kArray && level->AsArray().size() == 1) {
-      level = &level->AsArray().front();
-    } else if (level->GetType() == base::variant::kMap && level->AsMap().size() == 1 &&
-               level->Has("k")) {
-      level = &level->AsMap().begin()->second;
-    } else {
-      return level->GetType() == base::variant::kBoolean && level->AsBoolean() ? depth : -1;
-    }
-    ++depth;
-  }
-}
-
-int QVariantDepth(const QVariant& root) {
-  int depth = 0;
-  QVariant level = root;
-  for (;;) {
-    if (level.type() == QVariant::List && level.toList().size() == 1) {
-      level = level.toList().constFirst();
-    } else if (level.type() == QVariant::Map && level.toMap().size() == 1 &&
-               level.toMap().contains(QStringLiteral("k"))) {
-      level = level.toMap().value(QStringLiteral("k"));
-    } else {
-      return level.type() == QVariant::Bool && level.toBool() ? depth : -1;
-    }
-    ++depth;
-  }
-}
-
 // A random document of the kinds a round trip keeps: null, booleans, valid UTF-8 without NUL,
 // integers up to INT_MAX, finite doubles with the flag false, arrays and maps.
 class DocumentGenerator {
@@ -208,30 +157,21 @@ class DocumentGenerator {
   QRandomGenerator random_;
 };
 
-// Converts a document in a thread with a given stack; the document and the results live (and
-// die) on the calling thread, so that only the conversions use the small stack.
-class ConversionThread : public QThread {
- public:
-  ConversionThread(const Variant* variant, const QVariant* qvariant)
-      : variant_(variant), qvariant_(qvariant) {}
-  QVariant qt_result;
-  Variant framework_result;
-
- protected:
-  void run() override {
-    QVariantUtil::VariantToQVariant(variant_, &qt_result);
-    QVariantUtil::QVariantToVariant(qvariant_, &framework_result);
-  }
-
- private:
-  const Variant* variant_;
-  const QVariant* qvariant_;
+// The floors qt_variant_utils.h states for a release build, a little below the depths measured
+// there: the deepest chain that converts, per direction, container kind and stack.
+struct DepthFloor {
+  const char* mode;  // variant_depth_probe's: to-qt (Variant to QVariant) or to-variant
+  const char* kind;  // array or map
+  int depth;
+  int stack_kib;  // 0: the main thread, with the process's stack limit (8 MiB by default)
 };
 
-// The depths the header promises for release builds, a little below those measured.
-constexpr int kDocumentedMainThreadDepth = 60000;
-constexpr int kDocumentedSmallStackDepth = 3800;
-constexpr uint kSmallStackSize = 512 * 1024;
+constexpr DepthFloor kDepthFloors[] = {
+    {"to-qt", "array", 69000, 0},  {"to-variant", "array", 69000, 0},
+    {"to-qt", "map", 60000, 0},    {"to-variant", "map", 60000, 0},
+    {"to-qt", "array", 4200, 512}, {"to-variant", "array", 4200, 512},
+    {"to-qt", "map", 3700, 512},   {"to-variant", "map", 3700, 512},
+};
 
 }  // namespace
 
@@ -282,7 +222,8 @@ class tst_QtVariantUtils : public QObject {
   void roundTrip_highIntegerBitsAndDoubleFlag_lost();
   void deepDocument_tenThousandLevels_bothWays_data();
   void deepDocument_tenThousandLevels_bothWays();
-  void deepDocument_documentedDepths();
+  void deepDocument_releaseFloors_inAChildProcess_data();
+  void deepDocument_releaseFloors_inAChildProcess();
 
   // Concurrency
   void concurrentConversions_ofSharedSources_agree();
@@ -912,33 +853,54 @@ void tst_QtVariantUtils::deepDocument_tenThousandLevels_bothWays() {
   QCOMPARE(LogLines(capture), QStringList());
 }
 
-void tst_QtVariantUtils::deepDocument_documentedDepths() {
-#if !defined(NDEBUG) || defined(__SANITIZE_ADDRESS__)
-  QSKIP("The documented depths are those of a release build; this build's frames are larger.");
-#else
-  for (bool maps : {false, true}) {
-    const VariantType code = maps ? base::variant::kMap : base::variant::kArray;
-    const QVariant::Type type = maps ? QVariant::Map : QVariant::List;
-
-    // On this thread: the default 8 MiB stack.
-    const Variant document = DeepVariant(kDocumentedMainThreadDepth, code);
-    const QVariant qt_document = DeepQVariant(kDocumentedMainThreadDepth, type);
-    QVariant qt;
-    QVariantUtil::VariantToQVariant(&document, &qt);
-    QCOMPARE(QVariantDepth(qt), kDocumentedMainThreadDepth);
-    Variant back;
-    QVariantUtil::QVariantToVariant(&qt_document, &back);
-    QCOMPARE(VariantDepth(back), kDocumentedMainThreadDepth);
-
-    const Variant small = DeepVariant(kDocumentedSmallStackDepth, code);
-    const QVariant qt_small = DeepQVariant(kDocumentedSmallStackDepth, type);
-    ConversionThread thread(&small, &qt_small);
-    thread.setStackSize(kSmallStackSize);
-    thread.start();
-    QVERIFY(thread.wait(60000));
-    QCOMPARE(QVariantDepth(thread.qt_result), kDocumentedSmallStackDepth);
-    QCOMPARE(VariantDepth(thread.framework_result), kDocumentedSmallStackDepth);
+void tst_QtVariantUtils::deepDocument_releaseFloors_inAChildProcess_data() {
+  QTest::addColumn<QString>("mode");
+  QTest::addColumn<QString>("kind");
+  QTest::addColumn<int>("depth");
+  QTest::addColumn<int>("stack_kib");
+  for (const DepthFloor& floor : kDepthFloors) {
+    const QString stack = floor.stack_kib ? QStringLiteral("%1 KiB thread").arg(floor.stack_kib)
+                                          : QStringLiteral("main thread");
+    QTest::addRow("%s %s, %s", floor.mode, floor.kind, qPrintable(stack))
+        << QString::fromLatin1(floor.mode) << QString::fromLatin1(floor.kind) << floor.depth
+        << floor.stack_kib;
   }
+}
+
+// Each floor is converted by variant_depth_probe in a process of its own: a stack that cannot
+// hold it kills the probe, and this test reports that instead of dying with it.
+void tst_QtVariantUtils::deepDocument_releaseFloors_inAChildProcess() {
+#if !defined(NDEBUG) || !defined(__OPTIMIZE__) || defined(__SANITIZE_ADDRESS__) || \
+    defined(__SANITIZE_THREAD__) || defined(__clang__)
+  QSKIP(
+      "The floors are those of an optimised g++ build without sanitizers; this build's frames "
+      "are larger (deepDocument_tenThousandLevels_bothWays covers it).");
+#else
+  QFETCH(QString, mode);
+  QFETCH(QString, kind);
+  QFETCH(int, depth);
+  QFETCH(int, stack_kib);
+  QStringList arguments{mode, kind, QString::number(depth)};
+  if (stack_kib) arguments << QString::number(stack_kib);
+  QProcess probe;
+  probe.start(QStringLiteral(VARIANT_DEPTH_PROBE), arguments);
+  QVERIFY2(probe.waitForFinished(60000), qPrintable(probe.errorString()));
+
+  rlimit limit{};
+  getrlimit(RLIMIT_STACK, &limit);
+  const QString stack_limit = limit.rlim_cur == RLIM_INFINITY
+                                  ? QStringLiteral("unlimited")
+                                  : QStringLiteral("%1 KiB").arg(limit.rlim_cur / 1024);
+  const QString ending = probe.exitStatus() == QProcess::CrashExit
+                             ? QStringLiteral("crashed")
+                             : QStringLiteral("exit code %1").arg(probe.exitCode());
+  const QString failure =
+      QStringLiteral("%1 levels did not convert (%2, process stack limit %3): %4")
+          .arg(depth)
+          .arg(ending, stack_limit, QString::fromLocal8Bit(probe.readAllStandardError()));
+  QVERIFY2(probe.exitStatus() == QProcess::NormalExit && probe.exitCode() == 0 &&
+               probe.readAllStandardOutput() == "ok\n",
+           qPrintable(failure));
 #endif
 }
 

@@ -1,6 +1,10 @@
 // Runs under xvfb with the xcb platform: the requests must reach a real X server.
 #include <QApplication>
+#include <QDeadlineTimer>
+#include <QThread>
 #include <QtTest>
+#include <cstdlib>
+#include <memory>
 
 #include "support/x11_watch.h"
 #include "x_utils/x_utils.h"
@@ -168,6 +172,39 @@ class tst_XUtils : public QObject {
     x_utils::SetStayOnTop(nullptr, true);
     watcher.Sync();
     QCOMPARE(watcher.TakeStateMessages().size(), 0);
+  }
+
+  // A property change buffered on Qt's connection reaches the server through FlushRequests
+  // alone: the test reads it on a connection of its own and neither sends anything on Qt's
+  // connection nor runs the event loop, either of which would send the buffer too.
+  void flushRequests_sendsWhatQtBuffered() {
+    xcb_connection_t* qt = test_support::QtConnection();
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(qt)).data->root;
+    const xcb_atom_t atom = test_support::Atom(qt, "QT_UTIL_FLUSH_PROBE");
+    QVERIFY(atom != XCB_ATOM_NONE);
+    std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> reader(
+        xcb_connect(nullptr, nullptr), &xcb_disconnect);
+    QVERIFY(!xcb_connection_has_error(reader.get()));
+    const auto probe = [&]() -> uint32_t {
+      std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
+          xcb_get_property_reply(
+              reader.get(), xcb_get_property(reader.get(), 0, root, atom, XCB_ATOM_CARDINAL, 0, 1),
+              nullptr),
+          &std::free);
+      if (!reply || xcb_get_property_value_length(reply.get()) != 4) return 0;
+      return *static_cast<uint32_t*>(xcb_get_property_value(reply.get()));
+    };
+    QCOMPARE(probe(), 0u);
+
+    const uint32_t value = 0x51F7u;
+    xcb_change_property(qt, XCB_PROP_MODE_REPLACE, root, atom, XCB_ATOM_CARDINAL, 32, 1, &value);
+    x_utils::FlushRequests();
+    const QDeadlineTimer deadline(2000);
+    while (probe() != value && !deadline.hasExpired()) QThread::msleep(10);
+    QCOMPARE(probe(), value);
+
+    xcb_delete_property(reader.get(), root, atom);
+    xcb_flush(reader.get());
   }
 
  private:

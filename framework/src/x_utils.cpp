@@ -110,4 +110,10 @@ void SetWindowInputFocus(const QWidget* window) {
   xcb_flush(connection);
 }
 
+void FlushRequests() {
+  xcb_connection_t* connection = X11Connection();
+  if (!connection) return;
+  xcb_flush(connection);
+}
+
 }  // namespace x_utils

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Window-system pinning and input focus (X11; no-ops elsewhere).
+/// Window-system pinning, input focus and request delivery (X11; no-ops elsewhere).
 
 #include "talvex_framework_export.h"
 
@@ -21,5 +21,11 @@ TALVEX_FRAMEWORK_EXPORT void SetStayOnTop(const QWidget* window, bool on_top);
 /// Gives `window` the X input focus. Windows that are not shown are skipped, since X refuses
 /// focus to a window that is not viewable.
 TALVEX_FRAMEWORK_EXPORT void SetWindowInputFocus(const QWidget* window);
+
+/// Sends the requests Qt has buffered on its X connection to the server now. Qt sends them when
+/// its event loop next handles X events, so a request made in between (a raise() or lower()
+/// from a click handler or a timer) can otherwise wait until the next input event, such as a
+/// mouse move. Call it after such a request when its effect must show at once.
+TALVEX_FRAMEWORK_EXPORT void FlushRequests();
 
 }  // namespace x_utils
