@@ -11,7 +11,7 @@
 
 #include "base/common/include/logger.h"
 #include "qt_util/qt_ui_custom_theme_helper.h"
-#include "qt_util/ui_util.h"
+#include "qt_util/ui_util_image.h"
 #include "talvex_common/utils/context.h"
 #include "util/file/file_util.h"
 

@@ -6,7 +6,7 @@
 
 #include "base/common/include/logger.h"
 #include "qt_util/qt_ui_custom_theme_helper.h"
-#include "qt_util/ui_util.h"
+#include "qt_util/ui_util_style.h"
 
 namespace VxQtUiUtil {
 namespace {
