@@ -1,10 +1,11 @@
 // Style sheets and accessibility keys of VxQtUiUtil.
-#include <QFile>
 #include <QListWidgetItem>
 #include <QVariant>
 #include <QWidget>
+#include <optional>
 
 #include "base/common/include/logger.h"
+#include "qt_util/file_text_p.h"
 #include "qt_util/qt_ui_custom_theme_helper.h"
 #include "qt_util/ui_util_style.h"
 
@@ -19,15 +20,18 @@ QString NameKey(const QString& key) {
   return QStringLiteral("atg__%1__name").arg(key);
 }
 
+// Style sheets have always been read as plain UTF-8 bytes, up to a NUL.
+std::optional<QString> StyleSheetText(const QString& path) {
+  return qt_util::internal::ReadFileText(path, qt_util::internal::FileTextDecoding::kUtf8UpToNul);
+}
+
 }  // namespace
 
 void SetupQss(QWidget* widget, const QString& path, bool checkTheme) {
   if (!widget) return;
   if (checkTheme && !QTUICustomThemeHelper::SharedInstance()->CheckSetupQss(widget, path)) return;
-  QFile file(path);
-  if (file.open(QIODevice::ReadOnly)) {
-    widget->setStyleSheet(QString::fromUtf8(file.readAll()));
-    file.close();
+  if (const std::optional<QString> qss = StyleSheetText(path)) {
+    widget->setStyleSheet(*qss);
   } else {
     QTU_LOG(base::log::kLevelFailure) << "qss not found";
   }
@@ -37,13 +41,7 @@ void SetupQss(QWidget* widget, const QString& path, bool checkTheme) {
 }
 
 QString GetQss(const QString& path) {
-  QString qss;
-  QFile file(path);
-  if (file.open(QIODevice::ReadOnly)) {
-    qss = QString::fromUtf8(file.readAll());
-    file.close();
-  }
-  return qss;
+  return StyleSheetText(path).value_or(QString());
 }
 
 void SetAccessibleKey(QWidget* widget, const QString& key) {

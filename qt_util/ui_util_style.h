@@ -21,8 +21,9 @@ namespace VxQtUiUtil {
 /// 1), keeps the widget's style sheet and still sets the property. Nothing for a null widget.
 QT_UTIL_EXPORT void SetupQss(QWidget* widget, const QString& path, bool checkTheme);
 
-/// The text of the style sheet file at `path` (UTF-8); an empty string, without a log line,
-/// when it cannot be opened.
+/// The text of the style sheet file at `path`: its bytes as UTF-8 up to the first NUL byte, a
+/// leading UTF-8 byte-order mark skipped, malformed bytes as U+FFFD. An empty string, without a
+/// log line, when it cannot be opened. SetupQss applies the same text.
 QT_UTIL_EXPORT QString GetQss(const QString& path);
 
 /// Sets the accessible name "atg__<key>__name" and description "atg__<key>" of `widget`, with
