@@ -9,9 +9,9 @@
 #include <QSvgRenderer>
 #include <QWidget>
 
-#include "base/common/include/logger.h"
 #include "qt_util/qt_ui_custom_theme_helper.h"
 #include "qt_util/ui_util_image.h"
+#include "qt_util/ui_util_p.h"
 #include "talvex_common/utils/context.h"
 #include "util/file/file_util.h"
 
@@ -92,7 +92,7 @@ QPixmap GetHdpiImage(double scale, const QString& name) {
   // Without any variant the loop leaves step at 1: the plain file is a 1x picture.
   pixmap = QPixmap(found);
   if (pixmap.isNull()) {
-    QMessageLogger(__FILE__, __LINE__, kGetHdpiImageSignature)
+    QTU_UI_UTIL_QT_MESSAGE(kGetHdpiImageSignature)
         .info("VxFind Res Invalid~(%s)", found.toLocal8Bit().constData());
     return pixmap;
   }
@@ -110,7 +110,7 @@ QPixmap GetHdpiImageSvg(double scale, const QString& name, const QSize& size) {
   // The file test and the renderer come before the cache, so a removed or broken file is
   // reported even when a render of it is cached.
   if (!QFileInfo(themed).isFile()) {
-    QMessageLogger(__FILE__, __LINE__, kGetHdpiImageSvgSignature)
+    QTU_UI_UTIL_QT_MESSAGE(kGetHdpiImageSvgSignature)
         .info("Invalid image resource ~(%s)", themed.toLocal8Bit().constData());
     return QPixmap();
   }
@@ -184,7 +184,7 @@ void LoadQtModuleResource(const std::string& dir, const std::string& module) {
       QResource::registerResource(QString::fromUtf8(path.c_str()), QString());
     } else {
       const int level = package.missing_level;
-      QTU_LOG(level) << path << " not exist.";
+      QTU_UI_UTIL_LOG(level) << path << " not exist.";
     }
   }
 }

@@ -4,9 +4,9 @@
 #include <QWidget>
 #include <optional>
 
-#include "base/common/include/logger.h"
 #include "qt_util/file_text_p.h"
 #include "qt_util/qt_ui_custom_theme_helper.h"
+#include "qt_util/ui_util_p.h"
 #include "qt_util/ui_util_style.h"
 
 namespace VxQtUiUtil {
@@ -33,7 +33,7 @@ void SetupQss(QWidget* widget, const QString& path, bool checkTheme) {
   if (const std::optional<QString> qss = StyleSheetText(path)) {
     widget->setStyleSheet(*qss);
   } else {
-    QTU_LOG(base::log::kLevelFailure) << "qss not found";
+    QTU_UI_UTIL_LOG(base::log::kLevelFailure) << "qss not found";
   }
   // Marked even when the file was missing: selectors on the marker must match every widget
   // that went through here.
@@ -48,7 +48,7 @@ void SetAccessibleKey(QWidget* widget, const QString& key) {
   if (!widget) return;
   const QString used = key.isEmpty() ? widget->objectName() : key;
   if (used.isEmpty()) {
-    QTU_LOG(base::log::kLevelFailure) << "key & objectName is empty";
+    QTU_UI_UTIL_LOG(base::log::kLevelFailure) << "key & objectName is empty";
     return;
   }
   SetAccessibleInfo(widget, NameKey(used), DescriptionKey(used));
@@ -58,7 +58,7 @@ void SetAccessibleKey(QListWidgetItem* item, const QString& key) {
   if (!item) return;
   if (key.isEmpty()) {
     // The widget variant's text, although an item has no object name to fall back on.
-    QTU_LOG(base::log::kLevelFailure) << "key & objectName is empty";
+    QTU_UI_UTIL_LOG(base::log::kLevelFailure) << "key & objectName is empty";
     return;
   }
   item->setData(Qt::AccessibleTextRole, QVariant(DescriptionKey(key)));
@@ -67,7 +67,7 @@ void SetAccessibleKey(QListWidgetItem* item, const QString& key) {
 
 QString AccessibleKeyOfRes(const QString& res) {
   if (res.isEmpty()) {
-    QTU_LOG(base::log::kLevelFailure) << "res is empty";
+    QTU_UI_UTIL_LOG(base::log::kLevelFailure) << "res is empty";
     return res;
   }
   const int slash = res.lastIndexOf(QLatin1Char('/'));

@@ -10,8 +10,8 @@
 #include <QVariant>
 #include <QWidget>
 
-#include "base/common/include/logger.h"
 #include "base/variant/variant.h"
+#include "qt_util/ui_util_p.h"
 #include "qt_util/ui_util_platform_noops.h"
 #include "qt_util/ui_util_window.h"
 #include "x_utils/x_utils.h"
@@ -87,7 +87,7 @@ void UpdateWidgetWindow(QWidget* widget) {
     widget->update();
     return;
   }
-  QTU_LOG(base::log::kLevelWarning) << "update widget window should has a winId";
+  QTU_UI_UTIL_LOG(base::log::kLevelWarning) << "update widget window should has a winId";
 }
 
 void UpdateWidgetVisible(QWidget* widget, bool visible) {

@@ -30,13 +30,19 @@ class VetoThemeManager : public test_support::StubThemeManager {
   QStringList* asked_;
 };
 
-// Every record of the capture as "<level> <function>: <text>".
+// Every record of the capture as "<level> <function>: <text>". The records name the facility's
+// file, ui_util.cpp, at a real line; a record that does not reads "<file>:<line>" in front.
 QStringList Lines(const LogCapture& capture) {
   QStringList lines;
   for (const auto& record : capture.Records()) {
-    lines << QStringLiteral("%1 %2: %3")
-                 .arg(record.level)
-                 .arg(QString::fromStdString(record.function), QString::fromStdString(record.text));
+    const QString where =
+        record.file == "ui_util.cpp" && record.line > 0
+            ? QString()
+            : QStringLiteral("%1:%2 ").arg(QString::fromStdString(record.file)).arg(record.line);
+    lines << where + QStringLiteral("%1 %2: %3")
+                         .arg(record.level)
+                         .arg(QString::fromStdString(record.function),
+                              QString::fromStdString(record.text));
   }
   return lines;
 }
