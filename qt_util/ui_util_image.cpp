@@ -123,8 +123,9 @@ QPixmap GetHdpiImageSvg(double scale, const QString& name, const QSize& size) {
 
   const qreal step = ScaleStep(scale);
   // The size is left out of the key on purpose: the first size rendered for a path and step is
-  // the one every later call gets.
-  const QString key = QStringLiteral("svg_%1_%2").arg(themed).arg(step);
+  // the one every later call gets. One arg call fills both places, so a "%1" or "%2" in the path
+  // stays text instead of taking the step and another file's key.
+  const QString key = QStringLiteral("svg_%1_%2").arg(themed, QString::number(step));
   QPixmap pixmap;
   if (QPixmapCache::find(key, &pixmap)) return pixmap;
 

@@ -79,6 +79,17 @@ bool CopyFile(const QString& from, const QString& to) {
   return QFile::copy(from, to);
 }
 
+// A real SVG file: one square of `colour` over the whole picture.
+bool WriteSquareSvg(const QString& path, const char* colour) {
+  QFile file(path);
+  if (!file.open(QIODevice::WriteOnly)) return false;
+  const QByteArray svg = QByteArray(
+                             "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"8\" "
+                             "height=\"8\"><rect width=\"8\" height=\"8\" fill=\"") +
+                         colour + "\"/></svg>";
+  return file.write(svg) == svg.size();
+}
+
 QRgb CentreColour(const QPixmap& pixmap) {
   const QImage image = pixmap.toImage();
   return image.pixel(image.width() / 2, image.height() / 2) | 0xFF000000u;
@@ -116,6 +127,8 @@ class tst_UiUtilImage : public QObject {
   void svg_rendersSizeTimesStepAtThatRatio();
   void svg_cacheKeyIsPathAndStep();
   void svg_secondSize_givesTheFirstRender();
+  void svg_placeMarkersInThePath_keepEachFilesPicture_data();
+  void svg_placeMarkersInThePath_keepEachFilesPicture();
   void svg_minusOneSize_isTheRasterLookupOfTheThemedPath();
   void svg_fallback_mapsTheThemeTwice();
   void svg_invalidFile_fallsBackToRaster();
@@ -335,6 +348,39 @@ void tst_UiUtilImage::svg_secondSize_givesTheFirstRender() {
   QCOMPARE(second.size(), QSize(48, 48));
   // Another step is another key: rendered at its own size.
   QCOMPARE(VxQtUiUtil::GetHdpiImageSvg(3.0, path, QSize(64, 64)).size(), QSize(192, 192));
+}
+
+// File names with "%1" or "%2" in them: each file keeps a cache key of its own,
+// "svg_<path>_<step>", and so its own picture, whichever of two such files is asked first.
+void tst_UiUtilImage::svg_placeMarkersInThePath_keepEachFilesPicture_data() {
+  QTest::addColumn<QString>("first");
+  QTest::addColumn<QString>("second");
+  QTest::newRow("%2 beside the plain name") << "a2.svg"
+                                            << "a%2.svg";
+  QTest::newRow("plain name beside %2") << "a%2.svg"
+                                        << "a2.svg";
+  QTest::newRow("%1 in both names") << "p%1q2.svg"
+                                    << "p2q%1.svg";
+  QTest::newRow("%1 and %2 in one name") << "r22.svg"
+                                         << "r%1%2.svg";
+}
+
+void tst_UiUtilImage::svg_placeMarkersInThePath_keepEachFilesPicture() {
+  QFETCH(QString, first);
+  QFETCH(QString, second);
+  QTemporaryDir dir;
+  const QString first_path = dir.filePath(first);
+  const QString second_path = dir.filePath(second);
+  QVERIFY(WriteSquareSvg(first_path, "#C01010"));
+  QVERIFY(WriteSquareSvg(second_path, "#1010C0"));
+
+  const QPixmap first_picture = VxQtUiUtil::GetHdpiImageSvg(1.0, first_path, QSize(8, 8));
+  const QPixmap second_picture = VxQtUiUtil::GetHdpiImageSvg(1.0, second_path, QSize(8, 8));
+  QCOMPARE(CentreColour(first_picture), qRgb(0xC0, 0x10, 0x10));
+  QCOMPARE(CentreColour(second_picture), qRgb(0x10, 0x10, 0xC0));
+  QPixmap cached;
+  QVERIFY(QPixmapCache::find(QStringLiteral("svg_") + second_path + QStringLiteral("_2"), &cached));
+  QCOMPARE(cached.cacheKey(), second_picture.cacheKey());
 }
 
 void tst_UiUtilImage::svg_minusOneSize_isTheRasterLookupOfTheThemedPath() {
