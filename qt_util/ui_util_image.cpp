@@ -157,15 +157,20 @@ QPixmap GetHasRadiusPixmap(const QPixmap& pixmap, int radius) {
   const QPixmap scaled =
       pixmap.scaled(w, h == 0 ? w : h, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 
+  // Painted in device pixels at ratio 1, the ratio set afterwards: the radius is logical, so it
+  // is scaled by the ratio here, and a ratio-1 pixmap gets exactly the pixels it always got.
+  const qreal ratio = pixmap.devicePixelRatio();
+  const qreal device_radius = radius * ratio;
   QPixmap result(w, h);
   result.fill(Qt::transparent);
   QPainter painter(&result);
   painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform, true);
   QPainterPath clip;
-  clip.addRoundedRect(QRectF(0, 0, w, h), radius, radius, Qt::AbsoluteSize);
+  clip.addRoundedRect(QRectF(0, 0, w, h), device_radius, device_radius, Qt::AbsoluteSize);
   painter.setClipPath(clip, Qt::ReplaceClip);
   painter.drawPixmap(QRect(0, 0, w, h), scaled);
   painter.end();
+  result.setDevicePixelRatio(ratio);
   return result;
 }
 

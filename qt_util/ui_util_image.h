@@ -57,9 +57,16 @@ QT_UTIL_EXPORT QPixmap GetHdpiImageSvg(QWidget* widget, const QString& name, con
 QT_UTIL_EXPORT bool IsImageSvgType(const QString& path);
 
 /// A copy of `pixmap` with transparent corners rounded by `radius` (radius 0 gives an unrounded
-/// copy of the same size). A null pixmap is returned as it is. The copy has the input's size in
-/// device pixels and a device pixel ratio of 1, whatever the input's ratio: set it again on a
-/// pixmap from GetHdpiImage.
+/// copy of the same size). A null pixmap is returned as it is. The copy keeps the input's size
+/// in device pixels and its device pixel ratio, and `radius` counts in logical pixels: a ratio-2
+/// pixmap from GetHdpiImage gets corners of `radius` * 2 device pixels, so that it looks on its
+/// screen as the ratio-1 picture does on one of ratio 1.
+///
+/// QTImageUtils::MakeRoundRectImage (qt_util/image_utils.h) rounds too, through a corner mask
+/// and with a fractional radius, and QTImageUtils::MakeRoundImage rounds by half the height. Use
+/// this one for icons and pictures of VxQtUiUtil's HiDPI lookup with a whole-pixel radius, and
+/// QTImageUtils' for avatars and pictures whose radius is fractional or follows their height;
+/// each documents how it treats a device pixel ratio.
 QT_UTIL_EXPORT QPixmap GetHasRadiusPixmap(const QPixmap& pixmap, int radius);
 
 /// Registers the resource packages "<module>.rcc", "<module>_extension.rcc" and

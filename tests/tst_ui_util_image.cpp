@@ -21,6 +21,7 @@
 namespace {
 
 const QString kData = QStringLiteral(QT_UTIL_TEST_DATA_DIR "/theme");
+const QString kRounded = QStringLiteral(QT_UTIL_TEST_DATA_DIR "/rounded");
 // Where the build put the compiled packages of the test module "theme_test": <dir>/Asset/.
 const std::string kAssets = QT_UTIL_THEME_TEST_ASSETS;
 const QString kMainPackage = QString::fromStdString(kAssets + "/Asset/theme_test.rcc");
@@ -139,7 +140,9 @@ class tst_UiUtilImage : public QObject {
 
   // Rounded pixmaps
   void hasRadius_zero_isAnUnroundedCopy();
-  void hasRadius_copyHasRatio1();
+  void hasRadius_keepsTheInputsRatio();
+  void hasRadius_ratio1_pixelsAsTheyWere();
+  void hasRadius_ratio2_roundsInLogicalPixelsOverTheWholeImage();
   void hasRadius_cornersTransparentCentreKept();
   void hasRadius_nullPixmap_isNull();
 
@@ -466,13 +469,72 @@ void tst_UiUtilImage::hasRadius_zero_isAnUnroundedCopy() {
            source.toImage().convertToFormat(QImage::Format_ARGB32));
 }
 
-void tst_UiUtilImage::hasRadius_copyHasRatio1() {
-  // Qt gives a file named "@3x" the ratio 3; the copy is made in device pixels at ratio 1.
+void tst_UiUtilImage::hasRadius_keepsTheInputsRatio() {
+  // Qt gives a file named "@3x" the ratio 3; the copy keeps it and the size in device pixels.
   const QPixmap source(kData + "/light/badge@3x.png");
   QCOMPARE(source.devicePixelRatio(), 3.0);
   const QPixmap rounded = VxQtUiUtil::GetHasRadiusPixmap(source, 0);
   QCOMPARE(rounded.size(), QSize(48, 48));
+  QCOMPARE(rounded.devicePixelRatio(), 3.0);
+}
+
+void tst_UiUtilImage::hasRadius_ratio1_pixelsAsTheyWere() {
+  // tile_radius7.png was saved from the library before rounding kept the ratio (see
+  // data/rounded/make_images.sh): ratio-1 results stay pixel-identical.
+  const QPixmap source(kRounded + "/tile.png");
+  QCOMPARE(source.devicePixelRatio(), 1.0);
+  const QPixmap rounded = VxQtUiUtil::GetHasRadiusPixmap(source, 7);
   QCOMPARE(rounded.devicePixelRatio(), 1.0);
+  QCOMPARE(rounded.toImage().convertToFormat(QImage::Format_ARGB32),
+           QImage(kRounded + "/tile_radius7.png").convertToFormat(QImage::Format_ARGB32));
+}
+
+void tst_UiUtilImage::hasRadius_ratio2_roundsInLogicalPixelsOverTheWholeImage() {
+  // What the HiDPI lookup gives a ratio-2 window: the "@2x" file at ratio 2.
+  QTemporaryDir dir;
+  QVERIFY(CopyFile(kRounded + "/tile@2x.png", dir.filePath("tile@2x")));
+  const QPixmap source = VxQtUiUtil::GetHdpiImage(2.0, dir.filePath("tile"));
+  QCOMPARE(source.devicePixelRatio(), 2.0);
+  const QPixmap rounded = VxQtUiUtil::GetHasRadiusPixmap(source, 7);
+  QCOMPARE(rounded.devicePixelRatio(), 2.0);
+  QCOMPARE(rounded.size(), QSize(60, 60));
+
+  // The corners are those of radius 7 at ratio 1, twice as fine: a device pixel is opaque where
+  // its logical pixel was and keeps the source's colour, and transparent where it was (but for
+  // the antialiasing of the finer edge, a few steps of alpha).
+  const QImage image = rounded.toImage().convertToFormat(QImage::Format_ARGB32);
+  const QImage picture = source.toImage().convertToFormat(QImage::Format_ARGB32);
+  const QImage logical =
+      QImage(kRounded + "/tile_radius7.png").convertToFormat(QImage::Format_ARGB32);
+  constexpr int kEdgeAlpha = 8;
+  int opaque = 0;
+  int transparent = 0;
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) {
+      const int logical_alpha = qAlpha(logical.pixel(x / 2, y / 2));
+      const QRgb pixel = image.pixel(x, y);
+      const QByteArray where = QByteArray::number(x) + "," + QByteArray::number(y);
+      if (logical_alpha == 255) {
+        QVERIFY2(qAlpha(pixel) >= 255 - kEdgeAlpha, where.constData());
+        QVERIFY2(
+            qRgb(qRed(pixel), qGreen(pixel), qBlue(pixel)) == (picture.pixel(x, y) | 0xFF000000u),
+            where.constData());
+        opaque += qAlpha(pixel) == 255;
+      } else if (logical_alpha == 0) {
+        QVERIFY2(qAlpha(pixel) <= kEdgeAlpha, where.constData());
+        transparent += qAlpha(pixel) == 0;
+      }
+    }
+  }
+  // Every edge but the corners is opaque, and each corner has cleared pixels.
+  QVERIFY(opaque > 60 * 60 - 4 * 7 * 7 * 4);
+  QVERIFY(transparent >= 4 * 4);
+  for (const QPoint corner : {QPoint(3, 3), QPoint(56, 3), QPoint(3, 56), QPoint(56, 56)}) {
+    QCOMPARE(qAlpha(image.pixel(corner)), 0);
+  }
+  for (const QPoint edge : {QPoint(30, 0), QPoint(59, 30), QPoint(30, 59), QPoint(0, 30)}) {
+    QCOMPARE(qAlpha(image.pixel(edge)), 255);
+  }
 }
 
 void tst_UiUtilImage::hasRadius_cornersTransparentCentreKept() {
