@@ -7,6 +7,8 @@
 #include <codecvt>
 #include <locale>
 
+#include "qt_util/file_text_p.h"
+
 namespace {
 
 QTextCodec* Utf8Codec() {
@@ -102,11 +104,8 @@ void QTStringUtils::HtmlEncode(QString& text) {
 }
 
 QString QFTextStreamLoader::GetFileStream(const QString& path) {
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly)) return QString();
-  QTextStream stream(&file);
-  stream.setCodec(Utf8Codec());
-  return stream.readAll();
+  using qt_util::internal::FileTextDecoding;
+  return qt_util::internal::ReadFileText(path, FileTextDecoding::kTextStream).value_or(QString());
 }
 
 bool QFTextStreamLoader::SaveFileStream(const QString& path, const QString& content, bool append) {

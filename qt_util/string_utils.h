@@ -43,8 +43,10 @@ class QT_UTIL_EXPORT QTStringUtils {
 /// Whole-file text reading and writing in UTF-8.
 class QT_UTIL_EXPORT QFTextStreamLoader {
  public:
-  /// The file's whole content decoded as UTF-8 (malformed bytes become U+FFFD). An empty
-  /// string when the file cannot be opened; a missing file and an empty one look the same.
+  /// The file's whole content decoded as UTF-8, a leading byte-order mark skipped (a UTF-16 or
+  /// UTF-32 one switches to that encoding). Malformed bytes become U+FFFD, except an incomplete
+  /// sequence at the very end, which is dropped; NUL bytes are kept. An empty string when the
+  /// file cannot be opened; a missing file and an empty one look the same.
   static QString GetFileStream(const QString& path);
 
   /// Writes `content` as UTF-8 without a byte-order mark, appending to the file when

@@ -6,7 +6,8 @@
 
 #include "base/variant/variant.h"
 #include "qt_util/scheme_controller.h"
-#include "qt_util/ui_util.h"
+#include "qt_util/ui_util_home.h"
+#include "qt_util/ui_util_screen.h"
 #include "scheme/controller_manager.h"
 #include "talvex_common/utils/home_page.h"
 

@@ -9,9 +9,9 @@
 #include <QSvgRenderer>
 #include <QWidget>
 
-#include "base/common/include/logger.h"
 #include "qt_util/qt_ui_custom_theme_helper.h"
-#include "qt_util/ui_util.h"
+#include "qt_util/ui_util_image.h"
+#include "qt_util/ui_util_p.h"
 #include "talvex_common/utils/context.h"
 #include "util/file/file_util.h"
 
@@ -92,7 +92,7 @@ QPixmap GetHdpiImage(double scale, const QString& name) {
   // Without any variant the loop leaves step at 1: the plain file is a 1x picture.
   pixmap = QPixmap(found);
   if (pixmap.isNull()) {
-    QMessageLogger(__FILE__, __LINE__, kGetHdpiImageSignature)
+    QTU_UI_UTIL_QT_MESSAGE(kGetHdpiImageSignature)
         .info("VxFind Res Invalid~(%s)", found.toLocal8Bit().constData());
     return pixmap;
   }
@@ -110,7 +110,7 @@ QPixmap GetHdpiImageSvg(double scale, const QString& name, const QSize& size) {
   // The file test and the renderer come before the cache, so a removed or broken file is
   // reported even when a render of it is cached.
   if (!QFileInfo(themed).isFile()) {
-    QMessageLogger(__FILE__, __LINE__, kGetHdpiImageSvgSignature)
+    QTU_UI_UTIL_QT_MESSAGE(kGetHdpiImageSvgSignature)
         .info("Invalid image resource ~(%s)", themed.toLocal8Bit().constData());
     return QPixmap();
   }
@@ -123,8 +123,9 @@ QPixmap GetHdpiImageSvg(double scale, const QString& name, const QSize& size) {
 
   const qreal step = ScaleStep(scale);
   // The size is left out of the key on purpose: the first size rendered for a path and step is
-  // the one every later call gets.
-  const QString key = QStringLiteral("svg_%1_%2").arg(themed).arg(step);
+  // the one every later call gets. One arg call fills both places, so a "%1" or "%2" in the path
+  // stays text instead of taking the step and another file's key.
+  const QString key = QStringLiteral("svg_%1_%2").arg(themed, QString::number(step));
   QPixmap pixmap;
   if (QPixmapCache::find(key, &pixmap)) return pixmap;
 
@@ -156,15 +157,20 @@ QPixmap GetHasRadiusPixmap(const QPixmap& pixmap, int radius) {
   const QPixmap scaled =
       pixmap.scaled(w, h == 0 ? w : h, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 
+  // Painted in device pixels at ratio 1, the ratio set afterwards: the radius is logical, so it
+  // is scaled by the ratio here, and a ratio-1 pixmap gets exactly the pixels it always got.
+  const qreal ratio = pixmap.devicePixelRatio();
+  const qreal device_radius = radius * ratio;
   QPixmap result(w, h);
   result.fill(Qt::transparent);
   QPainter painter(&result);
   painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform, true);
   QPainterPath clip;
-  clip.addRoundedRect(QRectF(0, 0, w, h), radius, radius, Qt::AbsoluteSize);
+  clip.addRoundedRect(QRectF(0, 0, w, h), device_radius, device_radius, Qt::AbsoluteSize);
   painter.setClipPath(clip, Qt::ReplaceClip);
   painter.drawPixmap(QRect(0, 0, w, h), scaled);
   painter.end();
+  result.setDevicePixelRatio(ratio);
   return result;
 }
 
@@ -184,7 +190,7 @@ void LoadQtModuleResource(const std::string& dir, const std::string& module) {
       QResource::registerResource(QString::fromUtf8(path.c_str()), QString());
     } else {
       const int level = package.missing_level;
-      QTU_LOG(level) << path << " not exist.";
+      QTU_UI_UTIL_LOG(level) << path << " not exist.";
     }
   }
 }

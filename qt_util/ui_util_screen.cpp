@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "qt_util/ui_util.h"
+#include "qt_util/ui_util_screen.h"
 #include "ui/dpi_helper.h"
 #include "ui/ui_helper.h"
 

@@ -1,12 +1,13 @@
 // Style sheets and accessibility keys of VxQtUiUtil.
-#include <QFile>
 #include <QListWidgetItem>
 #include <QVariant>
 #include <QWidget>
+#include <optional>
 
-#include "base/common/include/logger.h"
+#include "qt_util/file_text_p.h"
 #include "qt_util/qt_ui_custom_theme_helper.h"
-#include "qt_util/ui_util.h"
+#include "qt_util/ui_util_p.h"
+#include "qt_util/ui_util_style.h"
 
 namespace VxQtUiUtil {
 namespace {
@@ -19,17 +20,20 @@ QString NameKey(const QString& key) {
   return QStringLiteral("atg__%1__name").arg(key);
 }
 
+// Style sheets have always been read as plain UTF-8 bytes, up to a NUL.
+std::optional<QString> StyleSheetText(const QString& path) {
+  return qt_util::internal::ReadFileText(path, qt_util::internal::FileTextDecoding::kUtf8UpToNul);
+}
+
 }  // namespace
 
 void SetupQss(QWidget* widget, const QString& path, bool checkTheme) {
   if (!widget) return;
   if (checkTheme && !QTUICustomThemeHelper::SharedInstance()->CheckSetupQss(widget, path)) return;
-  QFile file(path);
-  if (file.open(QIODevice::ReadOnly)) {
-    widget->setStyleSheet(QString::fromUtf8(file.readAll()));
-    file.close();
+  if (const std::optional<QString> qss = StyleSheetText(path)) {
+    widget->setStyleSheet(*qss);
   } else {
-    QTU_LOG(base::log::kLevelFailure) << "qss not found";
+    QTU_UI_UTIL_LOG(base::log::kLevelFailure) << "qss not found";
   }
   // Marked even when the file was missing: selectors on the marker must match every widget
   // that went through here.
@@ -37,20 +41,14 @@ void SetupQss(QWidget* widget, const QString& path, bool checkTheme) {
 }
 
 QString GetQss(const QString& path) {
-  QString qss;
-  QFile file(path);
-  if (file.open(QIODevice::ReadOnly)) {
-    qss = QString::fromUtf8(file.readAll());
-    file.close();
-  }
-  return qss;
+  return StyleSheetText(path).value_or(QString());
 }
 
 void SetAccessibleKey(QWidget* widget, const QString& key) {
   if (!widget) return;
   const QString used = key.isEmpty() ? widget->objectName() : key;
   if (used.isEmpty()) {
-    QTU_LOG(base::log::kLevelFailure) << "key & objectName is empty";
+    QTU_UI_UTIL_LOG(base::log::kLevelFailure) << "key & objectName is empty";
     return;
   }
   SetAccessibleInfo(widget, NameKey(used), DescriptionKey(used));
@@ -60,7 +58,7 @@ void SetAccessibleKey(QListWidgetItem* item, const QString& key) {
   if (!item) return;
   if (key.isEmpty()) {
     // The widget variant's text, although an item has no object name to fall back on.
-    QTU_LOG(base::log::kLevelFailure) << "key & objectName is empty";
+    QTU_UI_UTIL_LOG(base::log::kLevelFailure) << "key & objectName is empty";
     return;
   }
   item->setData(Qt::AccessibleTextRole, QVariant(DescriptionKey(key)));
@@ -69,7 +67,7 @@ void SetAccessibleKey(QListWidgetItem* item, const QString& key) {
 
 QString AccessibleKeyOfRes(const QString& res) {
   if (res.isEmpty()) {
-    QTU_LOG(base::log::kLevelFailure) << "res is empty";
+    QTU_UI_UTIL_LOG(base::log::kLevelFailure) << "res is empty";
     return res;
   }
   const int slash = res.lastIndexOf(QLatin1Char('/'));

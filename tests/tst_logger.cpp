@@ -184,6 +184,20 @@ class tst_Logger : public QObject {
     QCOMPARE(records[0].level, 6);
   }
 
+  void recordInAnotherFile_carriesThatFileAndTheCallSite() {
+    LogCapture capture(6);
+    const int line = __LINE__ + 1;
+    QTU_LOG_IN_FILE(base::log::kLevelWarning, "facility.cpp") << "named";
+    QTU_LOG_IN_FILE(base::log::kLevelInfo + 1, "facility.cpp") << "filtered";
+    const auto records = capture.Records();
+    QCOMPARE(records.size(), size_t(1));
+    QCOMPARE(records[0].file, std::string("facility.cpp"));
+    QCOMPARE(records[0].line, line);
+    QCOMPARE(records[0].function, std::string("recordInAnotherFile_carriesThatFileAndTheCallSite"));
+    QCOMPARE(records[0].level, base::log::kLevelWarning);
+    QCOMPARE(records[0].text, std::string("named"));
+  }
+
   void emptyPrinter_printsNothingAndLeavesBufferUntouched() {
     LogCapture capture(6);
     {

@@ -11,6 +11,7 @@
 
 #include "qt_util/string_utils.h"
 #include "support/stepwise_html_encode.h"
+#include "support/unopenable_path.h"
 
 namespace {
 
@@ -209,19 +210,6 @@ class tst_StringUtils : public QObject {
     QCOMPARE(theirs, std::string("other thread, longer text"));
   }
 
-  void getFileStream_missingFileGivesEmpty() {
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    const QString text = QFTextStreamLoader::GetFileStream(dir.filePath("absent.txt"));
-    QVERIFY(text.isEmpty());
-  }
-
-  void getFileStream_directoryGivesEmpty() {
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    QVERIFY(QFTextStreamLoader::GetFileStream(dir.path()).isEmpty());
-  }
-
   void getFileStream_readsUtf8() {
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
@@ -242,6 +230,55 @@ class tst_StringUtils : public QObject {
     QVERIFY(text.contains(QStringLiteral(" mid ")));
     QVERIFY(text.contains(QStringLiteral(" end ")));
     QVERIFY(text.contains(QChar(0xFFFD)));
+  }
+
+  // What the file's bytes read as, BOMs and malformed input included. The style sheets read the
+  // same files differently (tst_ui_util_style): these results are QFTextStreamLoader's own.
+  void getFileStream_decoding_data() {
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("empty") << QByteArray() << QString();
+    QTest::newRow("UTF-8 BOM skipped") << QByteArray("\xEF\xBB\xBFhi") << QStringLiteral("hi");
+    QTest::newRow("only the first BOM skipped")
+        << QByteArray("\xEF\xBB\xBF\xEF\xBB\xBFhi") << QStringLiteral("\uFEFFhi");
+    QTest::newRow("UTF-16 LE BOM switches to UTF-16")
+        << QByteArray("\xFF\xFEh\0i\0", 6) << QStringLiteral("hi");
+    QTest::newRow("UTF-16 BE BOM switches to UTF-16")
+        << QByteArray("\xFE\xFF\0h\0i", 6) << QStringLiteral("hi");
+    QTest::newRow("UTF-32 LE BOM switches to UTF-32")
+        << QByteArray("\xFF\xFE\0\0h\0\0\0", 8) << QStringLiteral("h");
+    QTest::newRow("stray byte is U+FFFD") << QByteArray(
+                                                 "a\xFF"
+                                                 "b")
+                                          << QStringLiteral("a\uFFFDb");
+    QTest::newRow("incomplete sequence at the end is dropped")
+        << QByteArray("ab\xE2\x82") << QStringLiteral("ab");
+    QTest::newRow("NUL kept") << QByteArray("a\0b", 3) << QString::fromUtf16(u"a\0b", 3);
+    // The stream reads in blocks of 16 KiB: a sequence across the border stays whole.
+    QTest::newRow("sequence across a block border")
+        << QByteArray(16383, 'a') + "\xC3\xBC" << QString(16383, 'a') + QStringLiteral("\u00FC");
+  }
+
+  void getFileStream_decoding() {
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, text);
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString path = dir.filePath("in.txt");
+    QVERIFY(WriteBytes(path, bytes));
+    QCOMPARE(QFTextStreamLoader::GetFileStream(path), text);
+  }
+
+  void getFileStream_cannotBeOpened_isEmpty_data() { test_support::AddUnopenablePathRows(); }
+
+  void getFileStream_cannotBeOpened_isEmpty() {
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString path = test_support::UnopenablePath(dir);
+    QVERIFY(!path.isEmpty());
+    const QString text = QFTextStreamLoader::GetFileStream(path);
+    QVERIFY(text.isEmpty());
+    QVERIFY(text.isNull());
   }
 
   void saveFileStream_missingDirectoryFailsAndCreatesNothing() {

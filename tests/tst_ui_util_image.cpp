@@ -21,6 +21,7 @@
 namespace {
 
 const QString kData = QStringLiteral(QT_UTIL_TEST_DATA_DIR "/theme");
+const QString kRounded = QStringLiteral(QT_UTIL_TEST_DATA_DIR "/rounded");
 // Where the build put the compiled packages of the test module "theme_test": <dir>/Asset/.
 const std::string kAssets = QT_UTIL_THEME_TEST_ASSETS;
 const QString kMainPackage = QString::fromStdString(kAssets + "/Asset/theme_test.rcc");
@@ -79,6 +80,17 @@ bool CopyFile(const QString& from, const QString& to) {
   return QFile::copy(from, to);
 }
 
+// A real SVG file: one square of `colour` over the whole picture.
+bool WriteSquareSvg(const QString& path, const char* colour) {
+  QFile file(path);
+  if (!file.open(QIODevice::WriteOnly)) return false;
+  const QByteArray svg = QByteArray(
+                             "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"8\" "
+                             "height=\"8\"><rect width=\"8\" height=\"8\" fill=\"") +
+                         colour + "\"/></svg>";
+  return file.write(svg) == svg.size();
+}
+
 QRgb CentreColour(const QPixmap& pixmap) {
   const QImage image = pixmap.toImage();
   return image.pixel(image.width() / 2, image.height() / 2) | 0xFF000000u;
@@ -116,6 +128,8 @@ class tst_UiUtilImage : public QObject {
   void svg_rendersSizeTimesStepAtThatRatio();
   void svg_cacheKeyIsPathAndStep();
   void svg_secondSize_givesTheFirstRender();
+  void svg_placeMarkersInThePath_keepEachFilesPicture_data();
+  void svg_placeMarkersInThePath_keepEachFilesPicture();
   void svg_minusOneSize_isTheRasterLookupOfTheThemedPath();
   void svg_fallback_mapsTheThemeTwice();
   void svg_invalidFile_fallsBackToRaster();
@@ -126,7 +140,9 @@ class tst_UiUtilImage : public QObject {
 
   // Rounded pixmaps
   void hasRadius_zero_isAnUnroundedCopy();
-  void hasRadius_copyHasRatio1();
+  void hasRadius_keepsTheInputsRatio();
+  void hasRadius_ratio1_pixelsAsTheyWere();
+  void hasRadius_ratio2_roundsInLogicalPixelsOverTheWholeImage();
   void hasRadius_cornersTransparentCentreKept();
   void hasRadius_nullPixmap_isNull();
 
@@ -262,7 +278,8 @@ void tst_UiUtilImage::image_missing_isNullWithInfoMessageAndNotCached() {
   QCOMPARE(int(found.size()), 1);
   QCOMPARE(found[0].type, QtInfoMsg);
   QCOMPARE(found[0].function, QString::fromLatin1(kImageSignature));
-  QVERIFY2(found[0].file.contains("qt_util/ui_util"), qPrintable(found[0].file));
+  // The facility's file in the form of the library's other Qt messages, whichever unit wrote it.
+  QVERIFY2(found[0].file.endsWith("qt_util/ui_util.cpp"), qPrintable(found[0].file));
   QVERIFY(found[0].line > 0);
 
   // The miss was not cached: the file, once there, is found.
@@ -336,6 +353,39 @@ void tst_UiUtilImage::svg_secondSize_givesTheFirstRender() {
   QCOMPARE(VxQtUiUtil::GetHdpiImageSvg(3.0, path, QSize(64, 64)).size(), QSize(192, 192));
 }
 
+// File names with "%1" or "%2" in them: each file keeps a cache key of its own,
+// "svg_<path>_<step>", and so its own picture, whichever of two such files is asked first.
+void tst_UiUtilImage::svg_placeMarkersInThePath_keepEachFilesPicture_data() {
+  QTest::addColumn<QString>("first");
+  QTest::addColumn<QString>("second");
+  QTest::newRow("%2 beside the plain name") << "a2.svg"
+                                            << "a%2.svg";
+  QTest::newRow("plain name beside %2") << "a%2.svg"
+                                        << "a2.svg";
+  QTest::newRow("%1 in both names") << "p%1q2.svg"
+                                    << "p2q%1.svg";
+  QTest::newRow("%1 and %2 in one name") << "r22.svg"
+                                         << "r%1%2.svg";
+}
+
+void tst_UiUtilImage::svg_placeMarkersInThePath_keepEachFilesPicture() {
+  QFETCH(QString, first);
+  QFETCH(QString, second);
+  QTemporaryDir dir;
+  const QString first_path = dir.filePath(first);
+  const QString second_path = dir.filePath(second);
+  QVERIFY(WriteSquareSvg(first_path, "#C01010"));
+  QVERIFY(WriteSquareSvg(second_path, "#1010C0"));
+
+  const QPixmap first_picture = VxQtUiUtil::GetHdpiImageSvg(1.0, first_path, QSize(8, 8));
+  const QPixmap second_picture = VxQtUiUtil::GetHdpiImageSvg(1.0, second_path, QSize(8, 8));
+  QCOMPARE(CentreColour(first_picture), qRgb(0xC0, 0x10, 0x10));
+  QCOMPARE(CentreColour(second_picture), qRgb(0x10, 0x10, 0xC0));
+  QPixmap cached;
+  QVERIFY(QPixmapCache::find(QStringLiteral("svg_") + second_path + QStringLiteral("_2"), &cached));
+  QCOMPARE(cached.cacheKey(), second_picture.cacheKey());
+}
+
 void tst_UiUtilImage::svg_minusOneSize_isTheRasterLookupOfTheThemedPath() {
   const QString path = kData + "/light/logo.svg";
   const QPixmap svg = VxQtUiUtil::GetHdpiImageSvg(1.0, path, QSize(-1, -1));
@@ -372,7 +422,8 @@ void tst_UiUtilImage::svg_missingFile_isNullWithInfoMessage() {
   QCOMPARE(int(found.size()), 1);
   QCOMPARE(found[0].type, QtInfoMsg);
   QCOMPARE(found[0].function, QString::fromLatin1(kSvgSignature));
-  QVERIFY2(found[0].file.contains("qt_util/ui_util"), qPrintable(found[0].file));
+  // The facility's file in the form of the library's other Qt messages, whichever unit wrote it.
+  QVERIFY2(found[0].file.endsWith("qt_util/ui_util.cpp"), qPrintable(found[0].file));
   QVERIFY(found[0].line > 0);
   QCOMPARE(int(messages.All().size()), 1);
 }
@@ -418,13 +469,72 @@ void tst_UiUtilImage::hasRadius_zero_isAnUnroundedCopy() {
            source.toImage().convertToFormat(QImage::Format_ARGB32));
 }
 
-void tst_UiUtilImage::hasRadius_copyHasRatio1() {
-  // Qt gives a file named "@3x" the ratio 3; the copy is made in device pixels at ratio 1.
+void tst_UiUtilImage::hasRadius_keepsTheInputsRatio() {
+  // Qt gives a file named "@3x" the ratio 3; the copy keeps it and the size in device pixels.
   const QPixmap source(kData + "/light/badge@3x.png");
   QCOMPARE(source.devicePixelRatio(), 3.0);
   const QPixmap rounded = VxQtUiUtil::GetHasRadiusPixmap(source, 0);
   QCOMPARE(rounded.size(), QSize(48, 48));
+  QCOMPARE(rounded.devicePixelRatio(), 3.0);
+}
+
+void tst_UiUtilImage::hasRadius_ratio1_pixelsAsTheyWere() {
+  // tile_radius7.png was saved from the library before rounding kept the ratio (see
+  // data/rounded/make_images.sh): ratio-1 results stay pixel-identical.
+  const QPixmap source(kRounded + "/tile.png");
+  QCOMPARE(source.devicePixelRatio(), 1.0);
+  const QPixmap rounded = VxQtUiUtil::GetHasRadiusPixmap(source, 7);
   QCOMPARE(rounded.devicePixelRatio(), 1.0);
+  QCOMPARE(rounded.toImage().convertToFormat(QImage::Format_ARGB32),
+           QImage(kRounded + "/tile_radius7.png").convertToFormat(QImage::Format_ARGB32));
+}
+
+void tst_UiUtilImage::hasRadius_ratio2_roundsInLogicalPixelsOverTheWholeImage() {
+  // What the HiDPI lookup gives a ratio-2 window: the "@2x" file at ratio 2.
+  QTemporaryDir dir;
+  QVERIFY(CopyFile(kRounded + "/tile@2x.png", dir.filePath("tile@2x")));
+  const QPixmap source = VxQtUiUtil::GetHdpiImage(2.0, dir.filePath("tile"));
+  QCOMPARE(source.devicePixelRatio(), 2.0);
+  const QPixmap rounded = VxQtUiUtil::GetHasRadiusPixmap(source, 7);
+  QCOMPARE(rounded.devicePixelRatio(), 2.0);
+  QCOMPARE(rounded.size(), QSize(60, 60));
+
+  // The corners are those of radius 7 at ratio 1, twice as fine: a device pixel is opaque where
+  // its logical pixel was and keeps the source's colour, and transparent where it was (but for
+  // the antialiasing of the finer edge, a few steps of alpha).
+  const QImage image = rounded.toImage().convertToFormat(QImage::Format_ARGB32);
+  const QImage picture = source.toImage().convertToFormat(QImage::Format_ARGB32);
+  const QImage logical =
+      QImage(kRounded + "/tile_radius7.png").convertToFormat(QImage::Format_ARGB32);
+  constexpr int kEdgeAlpha = 8;
+  int opaque = 0;
+  int transparent = 0;
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) {
+      const int logical_alpha = qAlpha(logical.pixel(x / 2, y / 2));
+      const QRgb pixel = image.pixel(x, y);
+      const QByteArray where = QByteArray::number(x) + "," + QByteArray::number(y);
+      if (logical_alpha == 255) {
+        QVERIFY2(qAlpha(pixel) >= 255 - kEdgeAlpha, where.constData());
+        QVERIFY2(
+            qRgb(qRed(pixel), qGreen(pixel), qBlue(pixel)) == (picture.pixel(x, y) | 0xFF000000u),
+            where.constData());
+        opaque += qAlpha(pixel) == 255;
+      } else if (logical_alpha == 0) {
+        QVERIFY2(qAlpha(pixel) <= kEdgeAlpha, where.constData());
+        transparent += qAlpha(pixel) == 0;
+      }
+    }
+  }
+  // Every edge but the corners is opaque, and each corner has cleared pixels.
+  QVERIFY(opaque > 60 * 60 - 4 * 7 * 7 * 4);
+  QVERIFY(transparent >= 4 * 4);
+  for (const QPoint corner : {QPoint(3, 3), QPoint(56, 3), QPoint(3, 56), QPoint(56, 56)}) {
+    QCOMPARE(qAlpha(image.pixel(corner)), 0);
+  }
+  for (const QPoint edge : {QPoint(30, 0), QPoint(59, 30), QPoint(30, 59), QPoint(0, 30)}) {
+    QCOMPARE(qAlpha(image.pixel(edge)), 255);
+  }
 }
 
 void tst_UiUtilImage::hasRadius_cornersTransparentCentreKept() {
@@ -497,17 +607,19 @@ void tst_UiUtilImage::loadModule_packagesPresent() {
     }
   }
   std::vector<std::pair<int, std::string>> lines;
+  bool records_name_the_facility = true;
   for (const auto& record : capture.Records()) {
-    QCOMPARE(record.function, std::string("LoadQtModuleResource"));
     lines.emplace_back(record.level, record.text);
+    records_name_the_facility &= record.function == "LoadQtModuleResource" &&
+                                 record.file == "ui_util.cpp" && record.line > 0;
   }
-  QCOMPARE(lines, expected_lines);
-
   for (const Package& package : all) {
     if (package.present) {
       QVERIFY(QResource::unregisterResource(QString::fromStdString(asset + package.file)));
     }
   }
+  QCOMPARE(lines, expected_lines);
+  QVERIFY(records_name_the_facility);
 }
 
 void tst_UiUtilImage::getAppName_isTheFrameworksInUtf8() {

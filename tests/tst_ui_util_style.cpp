@@ -10,6 +10,7 @@
 #include "qt_util/ui_util.h"
 #include "support/log_capture.h"
 #include "support/stub_theme_manager.h"
+#include "support/unopenable_path.h"
 
 namespace {
 
@@ -29,15 +30,26 @@ class VetoThemeManager : public test_support::StubThemeManager {
   QStringList* asked_;
 };
 
-// Every record of the capture as "<level> <function>: <text>".
+// Every record of the capture as "<level> <function>: <text>". The records name the facility's
+// file, ui_util.cpp, at a real line; a record that does not reads "<file>:<line>" in front.
 QStringList Lines(const LogCapture& capture) {
   QStringList lines;
   for (const auto& record : capture.Records()) {
-    lines << QStringLiteral("%1 %2: %3")
-                 .arg(record.level)
-                 .arg(QString::fromStdString(record.function), QString::fromStdString(record.text));
+    const QString where =
+        record.file == "ui_util.cpp" && record.line > 0
+            ? QString()
+            : QStringLiteral("%1:%2 ").arg(QString::fromStdString(record.file)).arg(record.line);
+    lines << where + QStringLiteral("%1 %2: %3")
+                         .arg(record.level)
+                         .arg(QString::fromStdString(record.function),
+                              QString::fromStdString(record.text));
   }
   return lines;
+}
+
+bool WriteBytes(const QString& path, const QByteArray& bytes) {
+  QFile file(path);
+  return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 QString FileText(const QString& path) {
@@ -63,7 +75,10 @@ class tst_UiUtilStyle : public QObject {
   void setupQss_nullWidget_doesNothing();
   void setupQss_readsUtf8();
   void getQss_isTheFileText();
-  void getQss_unreadableFile_isEmptyWithoutLogLine();
+  void styleSheetText_decoding_data();
+  void styleSheetText_decoding();
+  void styleSheetFile_cannotBeOpened_data();
+  void styleSheetFile_cannotBeOpened();
 
   // Accessibility keys
   void widgetKey_setsNameAndDescription();
@@ -169,12 +184,58 @@ void tst_UiUtilStyle::getQss_isTheFileText() {
            QStringLiteral("QWidget#panel { background-color: #F7F8FA; color: #1F2329; }\n"));
 }
 
-void tst_UiUtilStyle::getQss_unreadableFile_isEmptyWithoutLogLine() {
+// What a style sheet file's bytes read as: its bytes as UTF-8 up to the first NUL, a leading
+// UTF-8 BOM skipped, nothing else detected. QFTextStreamLoader reads the same files differently
+// (tst_string_utils).
+void tst_UiUtilStyle::styleSheetText_decoding_data() {
+  QTest::addColumn<QByteArray>("bytes");
+  QTest::addColumn<QString>("text");
+  QTest::newRow("UTF-8 BOM skipped") << QByteArray("\xEF\xBB\xBFQLabel{}") << "QLabel{}";
+  QTest::newRow("only the first BOM skipped")
+      << QByteArray("\xEF\xBB\xBF\xEF\xBB\xBFQLabel{}") << QStringLiteral("\uFEFFQLabel{}");
+  QTest::newRow("UTF-16 BOM not detected, NUL ends the text")
+      << QByteArray("\xFF\xFEQ\0L\0", 6) << QStringLiteral("\uFFFD\uFFFDQ");
+  QTest::newRow("stray byte is U+FFFD") << QByteArray(
+                                               "a\xFF"
+                                               "b")
+                                        << QStringLiteral("a\uFFFDb");
+  QTest::newRow("incomplete sequence at the end is U+FFFD")
+      << QByteArray("ab\xC3") << QStringLiteral("ab\uFFFD");
+  QTest::newRow("NUL ends the text") << QByteArray("QLabel{}\0QWidget{}", 18) << "QLabel{}";
+}
+
+void tst_UiUtilStyle::styleSheetText_decoding() {
+  QFETCH(QByteArray, bytes);
+  QFETCH(QString, text);
   QTemporaryDir dir;
+  const QString path = dir.filePath("sheet.qss");
+  QVERIFY(WriteBytes(path, bytes));
+  QCOMPARE(VxQtUiUtil::GetQss(path), text);
+  QWidget widget;
+  VxQtUiUtil::SetupQss(&widget, path, false);
+  QCOMPARE(widget.styleSheet(), text);
+}
+
+// Every path that cannot be opened: GetQss is silently empty, SetupQss logs, keeps the sheet and
+// still marks the widget.
+void tst_UiUtilStyle::styleSheetFile_cannotBeOpened_data() {
+  test_support::AddUnopenablePathRows();
+}
+
+void tst_UiUtilStyle::styleSheetFile_cannotBeOpened() {
+  QTemporaryDir dir;
+  const QString path = test_support::UnopenablePath(dir);
+  QVERIFY(!path.isEmpty());
   LogCapture capture(6);
-  QCOMPARE(VxQtUiUtil::GetQss(dir.filePath("missing.qss")), QString());
-  QCOMPARE(VxQtUiUtil::GetQss(dir.path()), QString());  // a directory cannot be read as a file
+  const QString text = VxQtUiUtil::GetQss(path);
+  QVERIFY(text.isEmpty());
   QCOMPARE(int(capture.Size()), 0);
+  QWidget widget;
+  widget.setStyleSheet(QStringLiteral("QWidget { color: red; }"));
+  VxQtUiUtil::SetupQss(&widget, path, false);
+  QCOMPARE(Lines(capture), QStringList{"1 SetupQss: qss not found"});
+  QCOMPARE(widget.styleSheet(), QStringLiteral("QWidget { color: red; }"));
+  QCOMPARE(widget.property("widget-config"), QVariant(QStringLiteral("widget__config--main")));
 }
 
 void tst_UiUtilStyle::widgetKey_setsNameAndDescription() {

@@ -172,9 +172,13 @@ class __logwriter {
 
 /// QTU_LOG(level) << part << part...; see the top of this file. `level` is read twice (the test,
 /// then the record), so pass a plain value.
-#define QTU_LOG(level)                                                                     \
-  !(::base::log::GetLogLevel() >= (level))                                                 \
-      ? (void)0                                                                            \
-      : ::base::log::LogVoidify() & ::__logwriter((level), std::string(QTU_LOG_FILE_NAME), \
-                                                  __LINE__, std::string(__func__),         \
-                                                  ::base::log::PrintLog)
+#define QTU_LOG(level) QTU_LOG_IN_FILE(level, QTU_LOG_FILE_NAME)
+
+/// QTU_LOG with `file` (a base name, like QTU_LOG_FILE_NAME's) as the record's file instead of the
+/// including unit's: for a facility whose source is split into several units, so that its
+/// records name the facility whichever unit wrote them. Line and function stay the call site's.
+#define QTU_LOG_IN_FILE(level, file)                                                    \
+  !(::base::log::GetLogLevel() >= (level))                                              \
+      ? (void)0                                                                         \
+      : ::base::log::LogVoidify() & ::__logwriter((level), std::string(file), __LINE__, \
+                                                  std::string(__func__), ::base::log::PrintLog)
