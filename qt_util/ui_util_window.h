@@ -46,7 +46,9 @@ QT_UTIL_EXPORT void SetupToolWindow(QWidget* widget);
 /// to the new window).
 QT_UTIL_EXPORT void SetupTopMost(QWidget* widget, bool onTop, bool show);
 
-/// raise() when `front`, else lower(). Nothing for a null widget.
+/// raise() when `front`, else lower(), and the request goes to the window system at once: on
+/// X11 Qt would otherwise hold it until its event loop next handles window-system events (the
+/// next mouse move, say), and the window would stay where it was. Nothing for a null widget.
 QT_UTIL_EXPORT void BringToFront(QWidget* widget, bool front);
 
 /// update() for a widget that has a native window; for a null widget or one without a native
