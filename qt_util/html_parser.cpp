@@ -37,9 +37,11 @@ QColor AttributeColor() {
 
 }  // namespace
 
+// The state of one conversion, and the main loop. The handlers are the public class's own
+// members; the loop reaches them through `q_`.
 class CHTMLParser::Private {
  public:
-  explicit Private(CParserOut* out) : output(out) {}
+  Private(CHTMLParser* q, CParserOut* out) : q_(q), output(out) {}
 
   void ProcessHTML(const QString& html);
 
@@ -55,33 +57,15 @@ class CHTMLParser::Private {
   // it is done. Unless `isWhole`, `html` is a range of a longer text, and a tag that runs into
   // its last character is left alone.
   TagResult ParseNextTag(const QString& html, int& pos, QStringView* deferredArgs, bool isWhole);
-  void FillAttributes(QStringView rawArgs);
+  void FillAttributes(QStringView rawArgs) { ParseAttributes(rawArgs, attributes); }
   void EmitText(QStringView text);
-
-  void ProcessUl(bool isClose);
-  void ProcessOl(bool isClose);
-  void ProcessLi(bool isClose);
-  void ProcessDiv(bool isClose);
-  void ProcessDivAlign(const QString& value);
-  void ProcessFont();
-  void ProcessTrCols(bool isClose, const QString& value);
-  void ProcessTr(bool isClose);
-  void ProcessTd(bool isClose);
-  void ProcessObject(bool isClose);
-
- private:
-  // The font attributes that a closing or opening "font" restores, most recent last.
-  enum class FontAttribute : unsigned char { kBackgroundColor, kSize, kName, kColor };
-
-  // The main loop over `html` from `pos`: text runs and tags. Unless `isWhole`, `html` is a
-  // range of a longer text: the loop then stops, `pos` on it, at a tag or run that runs into the
-  // range's last character and so may go on behind it.
-  void ConvertRange(const QString& html, int& pos, bool isWhole, bool& deferred,
-                    QStringView& deferredArgs);
-  void RunHandler(Tag tag, const QString& args, bool isClose);
   // The sink while output is enabled, else null: every sink operation goes through here.
   CParserOut* EnabledOutput() const { return outputEnabled ? output : nullptr; }
 
+  // The font attributes that a closing or opening "font" restores, most recent last.
+  enum class FontAttribute : unsigned char { kBackgroundColor, kSize, kName, kColor };
+
+  CHTMLParser* const q_;
   CParserOut* const output;
   std::vector<FontAttribute> fontAttributes;
   bool inUnorderedList = false;
@@ -91,6 +75,14 @@ class CHTMLParser::Private {
   bool outputEnabled = true;
   // Holds each decoded text run while the sink reads it; keeps its capacity from run to run.
   QString text_;
+
+ private:
+  // The main loop over `html` from `pos`: text runs and tags. Unless `isWhole`, `html` is a
+  // range of a longer text: the loop then stops, `pos` on it, at a tag or run that runs into the
+  // range's last character and so may go on behind it.
+  void ConvertRange(const QString& html, int& pos, bool isWhole, bool& deferred,
+                    QStringView& deferredArgs);
+  void RunHandler(Tag tag, const QString& args, bool isClose);
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -217,10 +209,6 @@ Q_ALWAYS_INLINE CHTMLParser::Private::TagResult CHTMLParser::Private::ParseNextT
   return defer ? TagResult::kDeferred : TagResult::kDone;
 }
 
-void CHTMLParser::Private::FillAttributes(QStringView rawArgs) {
-  ParseAttributes(rawArgs, attributes);
-}
-
 void CHTMLParser::Private::EmitText(QStringView text) {
   CParserOut* out = EnabledOutput();
   if (!out) return;
@@ -252,13 +240,13 @@ Q_ALWAYS_INLINE void CHTMLParser::Private::RunHandler(Tag tag, const QString& ar
       fontAttributes.push_back(FontAttribute::kBackgroundColor);
       break;
     case Tag::kUl:
-      ProcessUl(isClose);
+      q_->ProcessUl(isClose);
       break;
     case Tag::kOl:
-      ProcessOl(isClose);
+      q_->ProcessOl(isClose);
       break;
     case Tag::kLi:
-      ProcessLi(isClose);
+      q_->ProcessLi(isClose);
       break;
     case Tag::kBold:
       flag(&CParserOut::bold);
@@ -291,7 +279,7 @@ Q_ALWAYS_INLINE void CHTMLParser::Private::RunHandler(Tag tag, const QString& ar
       flag(&CParserOut::strikeOut);
       break;
     case Tag::kDivAlign:
-      ProcessDivAlign(args);
+      q_->ProcessDivAlign(args);
       break;
     case Tag::kCenter:
       if (CParserOut* out = EnabledOutput()) out->SetAlignment(CenterAlignment());
@@ -309,7 +297,7 @@ Q_ALWAYS_INLINE void CHTMLParser::Private::RunHandler(Tag tag, const QString& ar
       flag(&CParserOut::underline);
       break;
     case Tag::kDiv:
-      ProcessDiv(isClose);
+      q_->ProcessDiv(isClose);
       break;
     case Tag::kPard:
       call(&CParserOut::ResetParagraph);
@@ -318,21 +306,21 @@ Q_ALWAYS_INLINE void CHTMLParser::Private::RunHandler(Tag tag, const QString& ar
       call(&CParserOut::LineBreak);
       break;
     case Tag::kFont:
-      ProcessFont();
+      q_->ProcessFont();
       break;
     case Tag::kTable:
       call(&CParserOut::NewParagraph);
       break;
     case Tag::kTrCols:
-      ProcessTrCols(isClose, args);
+      q_->ProcessTrCols(isClose, args);
       break;
     case Tag::kTr:
-      ProcessTr(isClose);
+      q_->ProcessTr(isClose);
       break;
     case Tag::kTd:
     // Objects are laid out as a table cell on purpose; ProcessObject stays out of the table.
     case Tag::kObject:
-      ProcessTd(isClose);
+      q_->ProcessTd(isClose);
       break;
     case Tag::kHead:
       outputEnabled = false;
@@ -343,43 +331,43 @@ Q_ALWAYS_INLINE void CHTMLParser::Private::RunHandler(Tag tag, const QString& ar
   }
 }
 
-void CHTMLParser::Private::ProcessUl(bool isClose) {
-  if (CParserOut* out = EnabledOutput()) {
+void CHTMLParser::ProcessUl(bool isClose) {
+  if (CParserOut* out = d_->EnabledOutput()) {
     if (isClose) {
       out->EndBulletList();
     } else {
       out->BeginBulletList();
     }
   }
-  inUnorderedList = !isClose;
+  d_->inUnorderedList = !isClose;
 }
 
-void CHTMLParser::Private::ProcessOl(bool isClose) {
+void CHTMLParser::ProcessOl(bool isClose) {
   if (isClose) {
-    if (CParserOut* out = EnabledOutput()) out->EndNumberedList();
+    if (CParserOut* out = d_->EnabledOutput()) out->EndNumberedList();
   }
-  inOrderedList = !isClose;
+  d_->inOrderedList = !isClose;
 }
 
-void CHTMLParser::Private::ProcessLi(bool isClose) {
-  CParserOut* out = EnabledOutput();
+void CHTMLParser::ProcessLi(bool isClose) {
+  CParserOut* out = d_->EnabledOutput();
   if (!out) return;
   if (isClose) {
     out->NewParagraph();
-  } else if (inUnorderedList) {
+  } else if (d_->inUnorderedList) {
     out->BulletItem();
-  } else if (inOrderedList) {
+  } else if (d_->inOrderedList) {
     out->NumberedItem(1);
   }
 }
 
-void CHTMLParser::Private::ProcessDiv(bool isClose) {
+void CHTMLParser::ProcessDiv(bool isClose) {
   if (isClose) return;
-  if (CParserOut* out = EnabledOutput()) out->NewParagraph();
+  if (CParserOut* out = d_->EnabledOutput()) out->NewParagraph();
 }
 
-void CHTMLParser::Private::ProcessDivAlign(const QString& value) {
-  CParserOut* out = EnabledOutput();
+void CHTMLParser::ProcessDivAlign(const QString& value) {
+  CParserOut* out = d_->EnabledOutput();
   if (!out) return;
   auto is = [&value](const char* name) {
     return value.compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
@@ -395,43 +383,43 @@ void CHTMLParser::Private::ProcessDivAlign(const QString& value) {
   }
 }
 
-void CHTMLParser::Private::ProcessFont() {
-  if (fontAttributes.empty()) return;
-  const FontAttribute attribute = fontAttributes.back();
-  fontAttributes.pop_back();
-  if (!output) return;
+void CHTMLParser::ProcessFont() {
+  if (d_->fontAttributes.empty()) return;
+  const Private::FontAttribute attribute = d_->fontAttributes.back();
+  d_->fontAttributes.pop_back();
+  if (!d_->output) return;
   switch (attribute) {
-    case FontAttribute::kColor:
-      output->textColor = CParserOut::kDefaultTextColor;
+    case Private::FontAttribute::kColor:
+      d_->output->textColor = CParserOut::kDefaultTextColor;
       break;
-    case FontAttribute::kBackgroundColor:
-      output->backgroundColor = CParserOut::kDefaultBackgroundColor;
+    case Private::FontAttribute::kBackgroundColor:
+      d_->output->backgroundColor = CParserOut::kDefaultBackgroundColor;
       break;
-    case FontAttribute::kSize:
-      output->fontSize = CParserOut::kDefaultFontSize;
+    case Private::FontAttribute::kSize:
+      d_->output->fontSize = CParserOut::kDefaultFontSize;
       break;
-    case FontAttribute::kName:
-      output->fontName = QLatin1String(CParserOut::kDefaultFontName);
+    case Private::FontAttribute::kName:
+      d_->output->fontName = QLatin1String(CParserOut::kDefaultFontName);
       break;
   }
 }
 
-void CHTMLParser::Private::ProcessTrCols(bool isClose, const QString& value) {
+void CHTMLParser::ProcessTrCols(bool isClose, const QString& value) {
   if (isClose) return;
-  CParserOut* out = EnabledOutput();
+  CParserOut* out = d_->EnabledOutput();
   if (!out) return;
   out->BeginRow();
   const int columns = value.toInt(nullptr, 10);
   for (int i = 1; i <= columns; ++i) out->AddColumn(2000);
 }
 
-void CHTMLParser::Private::ProcessTr(bool isClose) {
+void CHTMLParser::ProcessTr(bool isClose) {
   if (!isClose) return;
-  if (CParserOut* out = EnabledOutput()) out->EndRow();
+  if (CParserOut* out = d_->EnabledOutput()) out->EndRow();
 }
 
-void CHTMLParser::Private::ProcessTd(bool isClose) {
-  CParserOut* out = EnabledOutput();
+void CHTMLParser::ProcessTd(bool isClose) {
+  CParserOut* out = d_->EnabledOutput();
   if (!out) return;
   if (isClose) {
     out->EndCell();
@@ -440,21 +428,21 @@ void CHTMLParser::Private::ProcessTd(bool isClose) {
   }
 }
 
-void CHTMLParser::Private::ProcessObject(bool isClose) {
-  keepAttributes = !isClose;
+void CHTMLParser::ProcessObject(bool isClose) {
+  d_->keepAttributes = !isClose;
   if (!isClose) return;
-  const auto classIdIt = attributes.constFind(QStringLiteral("classid"));
-  if (classIdIt == attributes.constEnd()) return;
+  const auto classIdIt = d_->attributes.constFind(QStringLiteral("classid"));
+  if (classIdIt == d_->attributes.constEnd()) return;
   QString classId = *classIdIt;
   if (classId.startsWith(QLatin1String("clsid:"))) classId.remove(0, 6);
-  if (CParserOut* out = EnabledOutput()) out->InsertObject(classId, attributes);
+  if (CParserOut* out = d_->EnabledOutput()) out->InsertObject(classId, d_->attributes);
 }
 
 // ---------------------------------------------------------------------------------------------
-// The public class: the state is the Private's.
+// The conversion and its steps, one at a time
 
 CHTMLParser::CHTMLParser(const QString& html, CParserOut* out)
-    : d_(std::make_unique<Private>(out)) {
+    : d_(std::make_unique<Private>(this, out)) {
   d_->ProcessHTML(html);
 }
 
@@ -510,44 +498,4 @@ void CHTMLParser::WriteText(QString& text) {
 QColor CHTMLParser::ParseColor(QString value) {
   Q_UNUSED(value);
   return AttributeColor();
-}
-
-void CHTMLParser::ProcessUl(bool isClose) {
-  d_->ProcessUl(isClose);
-}
-
-void CHTMLParser::ProcessOl(bool isClose) {
-  d_->ProcessOl(isClose);
-}
-
-void CHTMLParser::ProcessLi(bool isClose) {
-  d_->ProcessLi(isClose);
-}
-
-void CHTMLParser::ProcessDiv(bool isClose) {
-  d_->ProcessDiv(isClose);
-}
-
-void CHTMLParser::ProcessDivAlign(const QString& value) {
-  d_->ProcessDivAlign(value);
-}
-
-void CHTMLParser::ProcessFont() {
-  d_->ProcessFont();
-}
-
-void CHTMLParser::ProcessTrCols(bool isClose, const QString& value) {
-  d_->ProcessTrCols(isClose, value);
-}
-
-void CHTMLParser::ProcessTr(bool isClose) {
-  d_->ProcessTr(isClose);
-}
-
-void CHTMLParser::ProcessTd(bool isClose) {
-  d_->ProcessTd(isClose);
-}
-
-void CHTMLParser::ProcessObject(bool isClose) {
-  d_->ProcessObject(isClose);
 }
