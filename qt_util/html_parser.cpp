@@ -35,11 +35,15 @@ QColor AttributeColor() {
   return QColor(Qt::black);
 }
 
+// The font attributes that a closing or opening "font" restores. Here rather than in the
+// private class, so that its container's code stays out of the library's exports.
+enum class FontAttribute : unsigned char { kBackgroundColor, kSize, kName, kColor };
+
 }  // namespace
 
 // The state of one conversion, and the main loop. The handlers are the public class's own
 // members; the loop reaches them through `q_`.
-class CHTMLParser::Private {
+class Q_DECL_HIDDEN CHTMLParser::Private {
  public:
   Private(CHTMLParser* q, CParserOut* out) : q_(q), output(out) {}
 
@@ -62,12 +66,9 @@ class CHTMLParser::Private {
   // The sink while output is enabled, else null: every sink operation goes through here.
   CParserOut* EnabledOutput() const { return outputEnabled ? output : nullptr; }
 
-  // The font attributes that a closing or opening "font" restores, most recent last.
-  enum class FontAttribute : unsigned char { kBackgroundColor, kSize, kName, kColor };
-
   CHTMLParser* const q_;
   CParserOut* const output;
-  std::vector<FontAttribute> fontAttributes;
+  std::vector<FontAttribute> fontAttributes;  // most recent last
   bool inUnorderedList = false;
   bool inOrderedList = false;
   bool keepAttributes = false;
@@ -385,20 +386,20 @@ void CHTMLParser::ProcessDivAlign(const QString& value) {
 
 void CHTMLParser::ProcessFont() {
   if (d_->fontAttributes.empty()) return;
-  const Private::FontAttribute attribute = d_->fontAttributes.back();
+  const FontAttribute attribute = d_->fontAttributes.back();
   d_->fontAttributes.pop_back();
   if (!d_->output) return;
   switch (attribute) {
-    case Private::FontAttribute::kColor:
+    case FontAttribute::kColor:
       d_->output->textColor = CParserOut::kDefaultTextColor;
       break;
-    case Private::FontAttribute::kBackgroundColor:
+    case FontAttribute::kBackgroundColor:
       d_->output->backgroundColor = CParserOut::kDefaultBackgroundColor;
       break;
-    case Private::FontAttribute::kSize:
+    case FontAttribute::kSize:
       d_->output->fontSize = CParserOut::kDefaultFontSize;
       break;
-    case Private::FontAttribute::kName:
+    case FontAttribute::kName:
       d_->output->fontName = QLatin1String(CParserOut::kDefaultFontName);
       break;
   }

@@ -26,7 +26,7 @@ class QT_UTIL_EXPORT CParserOut {
   /// The font size a sink starts with and a closing \</font> restores.
   static constexpr int kDefaultFontSize = 9;
   /// The font name a sink starts with and a closing \</font> restores.
-  static constexpr char kDefaultFontName[] = "Tahoma";
+  static constexpr const char* kDefaultFontName = "Tahoma";
   /// The text colour a sink starts with and a closing \</font> restores.
   static constexpr Qt::GlobalColor kDefaultTextColor = Qt::black;
 
