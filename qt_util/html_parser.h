@@ -6,10 +6,7 @@
 #include <QColor>
 #include <QMap>
 #include <QString>
-#include <QStringList>
-#include <QStringView>
-#include <cstdint>
-#include <vector>
+#include <memory>
 
 #include "qt_util/qt_util_export.h"
 
@@ -24,10 +21,19 @@ class QT_UTIL_EXPORT CParserOut {
   /// Sinks are deleted through this interface.
   virtual ~CParserOut() = default;
 
-  // Formatting state at the next WriteText. The initial values are the defaults that a closing
-  // </font> restores.
-  /// Set by a "bgcolor" font attribute (always to black), white again after its \</font>.
-  QColor backgroundColor{QColor("white")};
+  /// The background colour a sink starts with and a closing \</font> restores.
+  static constexpr Qt::GlobalColor kDefaultBackgroundColor = Qt::white;
+  /// The font size a sink starts with and a closing \</font> restores.
+  static constexpr int kDefaultFontSize = 9;
+  /// The font name a sink starts with and a closing \</font> restores.
+  static constexpr const char* kDefaultFontName = "Tahoma";
+  /// The text colour a sink starts with and a closing \</font> restores.
+  static constexpr Qt::GlobalColor kDefaultTextColor = Qt::black;
+
+  // Formatting state at the next WriteText.
+  /// Set by a "bgcolor" font attribute (always to black), kDefaultBackgroundColor again after its
+  /// \</font>.
+  QColor backgroundColor{kDefaultBackgroundColor};
   /// Inside \<b>.
   bool bold = false;
   /// Inside \<i>.
@@ -44,12 +50,14 @@ class QT_UTIL_EXPORT CParserOut {
   bool inScript = false;  // text inside <script> is dropped by the parser while set
   /// Inside \<u>.
   bool underline = false;
-  /// Set by a "size" font attribute (decimal, 0 when not a number), 9 again after its \</font>.
-  int fontSize = 9;
-  /// Set by a "name" font attribute, "Tahoma" again after its \</font>.
-  QString fontName{QStringLiteral("Tahoma")};
-  /// Set by a "color" font attribute (always to black), black again after its \</font>.
-  QColor textColor{QColor("black")};
+  /// Set by a "size" font attribute (decimal, 0 when not a number), kDefaultFontSize again after
+  /// its \</font>.
+  int fontSize = kDefaultFontSize;
+  /// Set by a "name" font attribute, kDefaultFontName again after its \</font>.
+  QString fontName{QLatin1String(kDefaultFontName)};
+  /// Set by a "color" font attribute (always to black), kDefaultTextColor again after its
+  /// \</font>.
+  QColor textColor{kDefaultTextColor};
 
   /// An opening \<ul>.
   virtual void BeginBulletList() = 0;
@@ -100,11 +108,14 @@ class QT_UTIL_EXPORT CParserOut {
 /// Runs in time linear in the length of the input.
 class QT_UTIL_EXPORT CHTMLParser {
  public:
-  /// Runs ProcessHTML(html) into `out` (not owned; must outlive the call).
+  /// Runs ProcessHTML(html) into `out` (not owned; must outlive the parser).
   CHTMLParser(const QString& html, CParserOut* out);
-  /// Not copyable: the tag table refers to this object.
+  /// Leaves the sink alone.
+  ~CHTMLParser();
+  /// Not copyable: the object is one conversion's state (formatting stack, list flags, attribute
+  /// map), which a second owner has no use for.
   CHTMLParser(const CHTMLParser&) = delete;
-  /// Not copyable: the tag table refers to this object.
+  /// Not copyable, like the copy constructor.
   CHTMLParser& operator=(const CHTMLParser&) = delete;
 
   /// True when `html` holds an image, embed or object tag ("<img", "<IMG", "<image", "<IMAGE",
@@ -158,46 +169,8 @@ class QT_UTIL_EXPORT CHTMLParser {
   void ProcessObject(bool isClose);
 
  private:
-  enum class Tag : unsigned char;
-  // The font attributes that a closing or opening "font" restores, most recent last.
-  enum class FontAttribute : unsigned char { kBackgroundColor, kSize, kName, kColor };
-
-  static Tag FindTag(QStringView key);
-
-  // One tag: read, split, dispatched. With `deferredArgs` set, the attribute map is left alone
-  // unless the handler reads it (an image tag); the raw argument text is then left in
-  // `deferredArgs` (null when the tag has none) and the call returns true. Only the main loop
-  // defers: nothing but an image handler reads the map during a conversion, and the loop fills
-  // the map of the last tag once it is done.
-  bool ParseTag(const QString& html, int& pos, QStringView* deferredArgs);
-  void FillAttributes(QStringView rawArgs);
-  void Dispatch(Tag tag, const QString& args, bool isClose);
-  // The main loop over `html` from `pos`: text runs and tags. Unless `isWhole`, `html` is a
-  // range of a longer text: the loop then stops, `pos` on it, at a tag or run that runs into the
-  // range's last character and so may go on behind it.
-  inline void ConvertRange(const QString& html, int& pos, bool isWhole, bool& deferred,
-                           QStringView& deferredArgs);
-  // The bodies of ParseTag and Dispatch, and the lookup of a key already lower-cased and packed
-  // one byte a character, which the main loop runs without a call.
-  enum class TagResult : unsigned char;
-  inline TagResult ParseNextTag(const QString& html, int& pos, QStringView* deferredArgs,
-                                bool isWhole);
-  inline void RunHandler(Tag tag, const QString& args, bool isClose);
-  static Tag FindTag(uint64_t low, uint64_t high, int length);
-  void ParseAttributes(QStringView args);
-  void EmitText(QStringView text);
-  // The sink while output is enabled, else null: every sink operation goes through here.
-  CParserOut* EnabledOutput() const { return outputEnabled ? output : nullptr; }
-
-  CParserOut* output;
-  std::vector<FontAttribute> fontAttributes;
-  bool inUnorderedList = false;
-  bool inOrderedList = false;
-  bool keepAttributes = false;
-  QMap<QString, QString> attributes;
-  // The tag table is a constant table in the source, shared by every parser.
-  bool outputEnabled = true;
-
-  // Holds each decoded text run while the sink reads it; keeps its capacity from run to run.
-  QString text_;
+  class Private;
+  // The state lives behind this pointer so that the conversion can change without changing
+  // this header.
+  std::unique_ptr<Private> d_;
 };

@@ -13,7 +13,6 @@ namespace html2rtf {
 
 namespace {
 
-constexpr int kDefaultFontSize = 9;
 // The largest point size that common readers accept (\fs counts half-points).
 constexpr int kMaxFontSize = 1638;
 constexpr int kDefaultColumnWidth = 2000;
@@ -86,7 +85,7 @@ QString ResolveImagePath(const QString& source, const QString& baseDir) {
 
 RtfWriter::RtfWriter(RtfWriterOptions options) : options_(std::move(options)) {
   // The first font is the document default (\deff0): the face a closing </font> restores.
-  fonts_ << QStringLiteral("Tahoma");
+  fonts_ << QLatin1String(kDefaultFontName);
 }
 
 QByteArray RtfWriter::EscapeText(const QString& text) {
@@ -315,7 +314,7 @@ QByteArray RtfWriter::CharacterFormat() {
   const int size = fontSize < 1 ? kDefaultFontSize : std::min(fontSize, kMaxFontSize);
   QByteArray out = "\\f" + Number(FontIndex(fontName)) + "\\fs" + Number(2 * size);
   out += "\\cf" + Number(ColorIndex(textColor));
-  if (backgroundColor.isValid() && backgroundColor.rgb() != QColor(Qt::white).rgb()) {
+  if (backgroundColor.isValid() && backgroundColor.rgb() != QColor(kDefaultBackgroundColor).rgb()) {
     out += "\\highlight" + Number(ColorIndex(backgroundColor));
   }
   if (bold) out += "\\b";
