@@ -4,10 +4,7 @@
 #include <vector>
 
 #include "qt_util/event_handler/event_observer.h"
-#include "qt_util/event_handler/event_observer_p.h"
 #include "support/log_capture.h"
-
-using qt_util::internal::EventObserverCount;
 
 namespace {
 
@@ -80,7 +77,7 @@ class tst_EventObserver : public QObject {
   }
 
   void listenerDestroyed_stopsCallbackAndTargetBehavesAsBefore() {
-    const size_t before = EventObserverCount();
+    const size_t before = QtEventObserver::ObserverCount();
     Target target;
     auto* listener = new QObject;
     int calls = 0;
@@ -89,13 +86,13 @@ class tst_EventObserver : public QObject {
       ++calls;
       return true;
     });
-    QCOMPARE(EventObserverCount(), before + 1);
+    QCOMPARE(QtEventObserver::ObserverCount(), before + 1);
     Send(&target);
     QCOMPARE(calls, 1);
     QCOMPARE(target.received, 0);
 
     delete listener;
-    QCOMPARE(EventObserverCount(), before);
+    QCOMPARE(QtEventObserver::ObserverCount(), before);
     QCOMPARE(FilterCount(&target), 0);
     Send(&target);
     QCOMPARE(calls, 1);
@@ -103,7 +100,7 @@ class tst_EventObserver : public QObject {
   }
 
   void targetDestroyed_observerLeavesRegistry() {
-    const size_t before = EventObserverCount();
+    const size_t before = QtEventObserver::ObserverCount();
     auto* target = new Target;
     Target listener;
     int calls = 0;
@@ -111,15 +108,15 @@ class tst_EventObserver : public QObject {
       ++calls;
       return false;
     });
-    QCOMPARE(EventObserverCount(), before + 1);
+    QCOMPARE(QtEventObserver::ObserverCount(), before + 1);
     delete target;
-    QCOMPARE(EventObserverCount(), before);
+    QCOMPARE(QtEventObserver::ObserverCount(), before);
     // The listener's connection went with the observer: its death changes nothing more.
     QCOMPARE(listener.DestroyedReceivers(), 0);
   }
 
   void emptyCallback_installsNoFilterAndStaysRegistered() {
-    const size_t before = EventObserverCount();
+    const size_t before = QtEventObserver::ObserverCount();
     {
       Target target;
       Target listener;
@@ -129,10 +126,10 @@ class tst_EventObserver : public QObject {
       QCOMPARE(listener.DestroyedReceivers(), 0);
       Send(&target);
       QCOMPARE(target.received, 1);
-      QCOMPARE(EventObserverCount(), before + 1);
+      QCOMPARE(QtEventObserver::ObserverCount(), before + 1);
     }
     // Such an observer has nothing that would remove it: it stays until the process ends.
-    QCOMPARE(EventObserverCount(), before + 1);
+    QCOMPARE(QtEventObserver::ObserverCount(), before + 1);
   }
 
   void severalObservers_newestFirstAndFirstTrueStops() {
@@ -156,7 +153,7 @@ class tst_EventObserver : public QObject {
   }
 
   void sameObjectAsTargetAndListener() {
-    const size_t before = EventObserverCount();
+    const size_t before = QtEventObserver::ObserverCount();
     auto* object = new Target;
     int calls = 0;
     QtEventObserver::ListenEvent(object, object, [&](QObject*, QEvent* event) {
@@ -167,7 +164,7 @@ class tst_EventObserver : public QObject {
     QCOMPARE(calls, 1);
     QCOMPARE(object->received, 1);
     delete object;
-    QCOMPARE(EventObserverCount(), before);
+    QCOMPARE(QtEventObserver::ObserverCount(), before);
   }
 
   void registryEmptyAgainAfterBothDie_data() {
@@ -176,27 +173,27 @@ class tst_EventObserver : public QObject {
     QTest::newRow("target dies first") << false;
   }
   void registryEmptyAgainAfterBothDie() {
-    const size_t before = EventObserverCount();
+    const size_t before = QtEventObserver::ObserverCount();
     auto* target = new Target;
     auto* listener = new QObject;
     QtEventObserver::ListenEvent(target, listener, [](QObject*, QEvent*) { return false; });
     QtEventObserver::ListenEvent(target, listener, [](QObject*, QEvent*) { return false; });
-    QCOMPARE(EventObserverCount(), before + 2);
+    QCOMPARE(QtEventObserver::ObserverCount(), before + 2);
     QFETCH(bool, listenerFirst);
     if (listenerFirst) {
       delete listener;
-      QCOMPARE(EventObserverCount(), before);
+      QCOMPARE(QtEventObserver::ObserverCount(), before);
       delete target;
     } else {
       delete target;
-      QCOMPARE(EventObserverCount(), before);
+      QCOMPARE(QtEventObserver::ObserverCount(), before);
       delete listener;
     }
-    QCOMPARE(EventObserverCount(), before);
+    QCOMPARE(QtEventObserver::ObserverCount(), before);
   }
 
   void listenerDestroyedByCallback_endsListeningSafely() {
-    const size_t before = EventObserverCount();
+    const size_t before = QtEventObserver::ObserverCount();
     Target target;
     auto* listener = new QObject;
     auto payload = std::make_shared<int>(7);
@@ -214,7 +211,7 @@ class tst_EventObserver : public QObject {
     Send(&target);
     QCOMPARE(calls, 1);
     QCOMPARE(target.received, 0);
-    QCOMPARE(EventObserverCount(), before);
+    QCOMPARE(QtEventObserver::ObserverCount(), before);
     QVERIFY(watch.expired());
     Send(&target);
     QCOMPARE(calls, 1);
@@ -224,7 +221,7 @@ class tst_EventObserver : public QObject {
   // Not the way the library makes them, but a client may: such an observer has no owner in the
   // registry and works as a plain filter around its callback.
   void observerInstalledByClient_filtersWithoutAnOwner() {
-    const size_t before = EventObserverCount();
+    const size_t before = QtEventObserver::ObserverCount();
     Target target;
     int calls = 0;
     {
@@ -245,11 +242,11 @@ class tst_EventObserver : public QObject {
     Send(&target);
     QCOMPARE(calls, 1);
     QCOMPARE(target.received, 1);
-    QCOMPARE(EventObserverCount(), before);
+    QCOMPARE(QtEventObserver::ObserverCount(), before);
   }
 
   void nullTargetOrListener_logsAndCreatesNothing() {
-    const size_t before = EventObserverCount();
+    const size_t before = QtEventObserver::ObserverCount();
     LogCapture capture(6);
     QObject object;
     QtEventObserver::ListenEvent(nullptr, &object, [](QObject*, QEvent*) { return true; });
@@ -257,7 +254,7 @@ class tst_EventObserver : public QObject {
     QCOMPARE(capture.Texts(),
              (std::vector<std::string>{"ListenEvent: null target", "ListenEvent: null listener"}));
     QCOMPARE(capture.Records()[0].level, 1);
-    QCOMPARE(EventObserverCount(), before);
+    QCOMPARE(QtEventObserver::ObserverCount(), before);
     QCOMPARE(FilterCount(&object), 0);
   }
 };

@@ -14,6 +14,7 @@
 #include "base/log/log.h"
 
 class QPoint;
+class QRect;
 class QWidget;
 
 namespace meeting {
@@ -35,6 +36,8 @@ class LogRecorder {
   int CountSince(size_t mark, int level, const QString& prefix) const;
   /// Texts of the records since `mark` with this level.
   QStringList TextsSince(size_t mark, int level) const;
+  /// Forgets the records so far (marks start from 0 again), so that a long run does not grow.
+  void Clear();
 
  private:
   int previous_level_;
@@ -46,14 +49,29 @@ class LogRecorder {
 
 class Scenario {
  public:
-  Scenario(MeetingWindow& window, const QString& out_dir, LogRecorder& log);
+  /// `round` counts from 1: later rounds of one process save no screenshots and expect the
+  /// start-up records only of the first.
+  Scenario(MeetingWindow& window, const QString& out_dir, LogRecorder& log, int round = 1);
+  virtual ~Scenario();
+  Scenario(const Scenario&) = delete;
+  Scenario& operator=(const Scenario&) = delete;
 
   /// Runs every step; returns the number of mismatches.
   int Run();
 
+ protected:
+  // What a harness with more than a client's means adds (the test tree plugs screens in and
+  // out and watches the X server as a second client): each runs inside its step.
+  virtual void Screens();
+  virtual void BeforeMinimise() {}
+  virtual void CheckMiniWindow(QWidget* mini) { static_cast<void>(mini); }
+
+  MeetingWindow& Window() const { return window_; }
+  void Expect(bool ok, const QString& what);
+  void Say(const QString& text) const;
+
  private:
   void Step(const QString& name, const std::function<void()>& body);
-  void Expect(bool ok, const QString& what);
   void ExpectLogged(size_t mark, const QString& prefix);
   void ExpectQtMessage(size_t mark, const QString& text);
   // Compares every tile's last report with what Qt says about the tile and its window, once
@@ -63,7 +81,6 @@ class Scenario {
   void CheckTheme(const QList<QWidget*>& panels);
   // Every button below `root` (and the list's rows) carries its accessibility keys.
   void CheckKeys(QWidget* root);
-  void Say(const QString& text) const;
   void Shoot(QWidget* widget, const QString& name);
 
   void Join();
@@ -77,16 +94,19 @@ class Scenario {
   void Move();
   void Minimise();
   void Dialog();
-  void Screens();
   void Leave();
 
   MeetingWindow& window_;
   QString out_dir_;
   LogRecorder& log_;
+  int round_;
   int step_ = 0;
   QString step_name_;
   int mismatches_ = 0;
 };
+
+/// Qt's own notation of a rectangle: "QRect(x,y wxh)".
+QString RectText(const QRect& rect);
 
 /// Processes events until `done` answers true or `timeout_ms` have passed; returns `done()`.
 bool WaitUntil(const std::function<bool()>& done, int timeout_ms = 2000);

@@ -3,7 +3,6 @@
 #include <set>
 
 #include "base/common/include/logger.h"
-#include "qt_util/event_handler/event_observer_p.h"
 
 namespace {
 
@@ -65,10 +64,6 @@ void QtEventObserver::ListenEvent(QObject* target, QObject* listener,
   g_observers.insert(std::move(observer));
 }
 
-namespace qt_util::internal {
-
-std::size_t EventObserverCount() {
+std::size_t QtEventObserver::ObserverCount() {
   return g_observers.size();
 }
-
-}  // namespace qt_util::internal

@@ -4,6 +4,7 @@
 /// QtEventObserver and EventObserver: one object's events, until either side dies.
 
 #include <QObject>
+#include <cstddef>
 #include <functional>
 #include <memory>
 
@@ -54,4 +55,9 @@ class QT_UTIL_EXPORT QtEventObserver {
   /// ends. A null target or listener logs a level-1 line and creates nothing.
   static void ListenEvent(QObject* target, QObject* listener,
                           std::function<bool(QObject*, QEvent*)> callback);
+
+  /// How many observers the registry owns now: one per ListenEvent that created one, until its
+  /// target or listener dies (an empty callback's observer stays until the process ends). A
+  /// long-running client can watch it to see that its listening does not pile up.
+  static std::size_t ObserverCount();
 };
