@@ -19,7 +19,7 @@ void DroppingSink() {
 }
 
 void BM_Baseline_GetLogLevel(benchmark::State& state) {
-  base::log::SetLogLevel(4);
+  base::log::SetLogLevel(base::log::kLevelWarning);
   bench::LoopTimer timer(state);
   for (auto _ : state) {
     int level = base::log::GetLogLevel();
@@ -29,7 +29,7 @@ void BM_Baseline_GetLogLevel(benchmark::State& state) {
 }
 
 void BM_DisabledRecord(benchmark::State& state) {
-  base::log::SetLogLevel(4);
+  base::log::SetLogLevel(base::log::kLevelWarning);
   bench::LoopTimer timer(state);
   for (auto _ : state) {
     QTU_LOG(base::log::kLevelInfo) << "widget " << kName << " shown at " << 42;
@@ -50,7 +50,7 @@ void BM_Baseline_Snprintf(benchmark::State& state) {
 }
 
 void BM_EnabledRecord_DroppingSink(benchmark::State& state) {
-  base::log::SetLogLevel(6);
+  base::log::SetLogLevel(base::log::kLevelInfo);
   DroppingSink();
   bench::LoopTimer timer(state);
   for (auto _ : state) QTU_LOG(base::log::kLevelInfo) << "widget " << kName << " shown at " << 42;
@@ -70,7 +70,7 @@ void BM_Baseline_SnprintfLong(benchmark::State& state) {
 }
 
 void BM_EnabledRecord_Long_Truncated(benchmark::State& state) {
-  base::log::SetLogLevel(6);
+  base::log::SetLogLevel(base::log::kLevelInfo);
   DroppingSink();
   bench::LoopTimer timer(state);
   for (auto _ : state) QTU_LOG(base::log::kLevelInfo) << "long: " << kLong;

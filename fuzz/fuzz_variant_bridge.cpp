@@ -16,6 +16,7 @@
 #include <cstring>
 #include <string>
 
+#include "base/common/include/logger.h"
 #include "base/log/log.h"
 #include "base/variant/variant.h"
 #include "qt_util/qt_variant_utils.h"
@@ -439,7 +440,7 @@ bool Kept(const Variant& value) {
 class LogCounter {
  public:
   LogCounter() {
-    base::log::SetLogLevel(1);
+    base::log::SetLogLevel(base::log::kLevelFailure);
     base::log::SetLogSink([this](const base::log::LogRecord& record) {
       FUZZ_CHECK(record.level == 1 && record.file == "qt_variant_utils.cpp");
       const bool to_qt = record.function == "VariantToQVariant";

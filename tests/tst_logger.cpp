@@ -245,7 +245,7 @@ class tst_Logger : public QObject {
     QVERIFY(child >= 0);
     if (child == 0) {
       dup2(pipe_fds[1], STDERR_FILENO);
-      base::log::SetLogLevel(6);
+      base::log::SetLogLevel(base::log::kLevelInfo);
       base::log::SetCheckLogLength(true);
       UseBufferOfCapacity(3000);
       QTU_LOG(base::log::kLevelFailure) << std::string(1500, 'w');

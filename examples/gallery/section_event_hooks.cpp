@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "base/common/include/logger.h"
 #include "base/log/log.h"
 #include "gallery.h"
 #include "qt_util/event_handler/event_hooker.h"
@@ -36,7 +37,7 @@ void Click(QWidget* widget, Qt::MouseButton button = Qt::LeftButton) {
 
 int RunEventHooks(QApplication& app, const QString& out_dir) {
   const int previous_level = base::log::GetLogLevel();
-  base::log::SetLogLevel(6);
+  base::log::SetLogLevel(base::log::kLevelInfo);
   // Qt's platform plugin may add messages of its own; only ours are counted.
   int click_lines = 0;
   int stack_lines = 0;

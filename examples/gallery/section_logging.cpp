@@ -14,13 +14,13 @@ int RunLogging(QApplication&, const QString&) {
   gallery::Say(
       "Log level 4: levels 1 and 4 go to the default stderr sink, 5 and 6 are dropped "
       "before their text is even built.");
-  base::log::SetLogLevel(4);
+  base::log::SetLogLevel(base::log::kLevelWarning);
   for (int level : {base::log::kLevelFailure, base::log::kLevelWarning, base::log::kLevelQtCritical,
                     base::log::kLevelInfo})
     QTU_LOG(level) << "a record at level " << level;
 
   gallery::Say("Log level 6 with a custom sink that prints level, file:line and text:");
-  base::log::SetLogLevel(6);
+  base::log::SetLogLevel(base::log::kLevelInfo);
   int seen = 0;
   base::log::LogSink previous = base::log::SetLogSink([&](const base::log::LogRecord& record) {
     ++seen;
@@ -39,7 +39,7 @@ int RunLogging(QApplication&, const QString&) {
   QTU_LOG(base::log::kLevelInfo) << "a 2000-character text is cut at 1024: "
                                  << std::string(2000, '.');
   base::log::SetLogSink(std::move(previous));
-  base::log::SetLogLevel(4);
+  base::log::SetLogLevel(base::log::kLevelWarning);
   return seen == 6 ? 0 : 1;
 }
 

@@ -6,6 +6,7 @@
 #include <QTreeWidget>
 #include <string>
 
+#include "base/common/include/logger.h"
 #include "base/log/log.h"
 #include "base/variant/variant.h"
 #include "gallery.h"
@@ -181,7 +182,7 @@ int RunVariant(QApplication& app, const QString& out_dir) {
             .arg(QString::fromStdString(record.function), QString::fromStdString(record.text)));
   });
   const int previous_level = base::log::GetLogLevel();
-  base::log::SetLogLevel(1);
+  base::log::SetLogLevel(base::log::kLevelFailure);
   QVariant number(25);
   const Variant topic("Weekly sync");
   gallery::Say("Converting the string \"Weekly sync\" into a QVariant holding the int 25:");

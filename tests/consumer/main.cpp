@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
     ++records;
     text = record.text;
   });
-  base::log::SetLogLevel(6);
+  base::log::SetLogLevel(base::log::kLevelInfo);
   QTU_LOG(base::log::kLevelWarning) << "consumer linked qt_util " << qt_util::Version();
   base::log::SetLogSink({});
 
