@@ -102,19 +102,19 @@ Figures TakeFigures() {
 // One line per round, read by the soak test (a CMake script, so no semicolons): keep its
 // words. First the figures once the round's window is gone, then those of the meeting itself
 // (taken before the window went).
-void PrintRoundFigures(int round, int mismatches, const Figures& in_meeting) {
+void PrintRoundFigures(int round, int mismatches, const Figures& in_meeting, const QString& more) {
   const Figures after = TakeFigures();
   std::printf(
       "round %d: rss_kib=%ld objects=%d pending_deletes=%zu observers=%zu monitor_widgets=%d "
-      "mismatches=%d, in the meeting: objects=%d observers=%zu monitor_widgets=%d\n",
+      "mismatches=%d, in the meeting: objects=%d observers=%zu monitor_widgets=%d%s\n",
       round, ResidentKiB(), after.objects, after.pending_deletes, after.observers,
       after.monitor_widgets, mismatches, in_meeting.objects, in_meeting.observers,
-      in_meeting.monitor_widgets);
+      in_meeting.monitor_widgets, qUtf8Printable(more));
   std::fflush(stdout);
 }
 
 int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log, const QString& out_dir,
-              int rounds, const ScenarioFactory& make_scenario) {
+              int rounds, const Harness& harness) {
   int failed_rounds = 0;
   for (int round = 1; round <= rounds; ++round) {
     // Every round starts as the first did: light theme, a fresh window, an empty record.
@@ -126,8 +126,8 @@ int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log, const Q
       MeetingWindow window;
       ConnectThemeButton(window, engine);
       std::unique_ptr<Scenario> scenario =
-          make_scenario ? make_scenario(window, out_dir, log, round)
-                        : std::make_unique<Scenario>(window, out_dir, log, round);
+          harness.make_scenario ? harness.make_scenario(window, out_dir, log, round)
+                                : std::make_unique<Scenario>(window, out_dir, log, round);
       mismatches = scenario->Run();
       in_meeting = TakeFigures();
     }
@@ -135,13 +135,16 @@ int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log, const Q
     WaitUntil([] { return CustomEventUtils::PendingDeleteListInstance()->empty(); });
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     failed_rounds += mismatches != 0;
-    if (rounds > 1) PrintRoundFigures(round, mismatches, in_meeting);
+    if (rounds > 1) {
+      PrintRoundFigures(round, mismatches, in_meeting,
+                        harness.more_figures ? harness.more_figures() : QString());
+    }
   }
   return failed_rounds == 0 ? 0 : 1;
 }
 
 int Run(QApplication& app, bool script, int rounds, const QString& out_dir,
-        const ScenarioFactory& make_scenario) {
+        const Harness& harness) {
   // In a scenario the log is recorded from the start, so that the library's start-up lines
   // are checked too; level 6 keeps the hooker's click records.
   std::unique_ptr<LogRecorder> log;
@@ -149,7 +152,7 @@ int Run(QApplication& app, bool script, int rounds, const QString& out_dir,
 
   example_theme::JsonThemeManager* engine = StartLibrary();
   if (!engine) return 2;
-  if (script) return RunScript(engine, *log, out_dir, rounds, make_scenario);
+  if (script) return RunScript(engine, *log, out_dir, rounds, harness);
 
   MeetingWindow window;
   ConnectThemeButton(window, engine);
@@ -161,7 +164,7 @@ int Run(QApplication& app, bool script, int rounds, const QString& out_dir,
 
 }  // namespace
 
-int RunMeetingApp(int argc, char** argv, const ScenarioFactory& make_scenario) {
+int RunMeetingApp(int argc, char** argv, const Harness& harness) {
   QApplication app(argc, argv);
   QApplication::setApplicationName(QStringLiteral("qt_util_meeting"));
   QCommandLineParser parser;
@@ -190,7 +193,7 @@ int RunMeetingApp(int argc, char** argv, const ScenarioFactory& make_scenario) {
   }
 
   const int status =
-      Run(app, parser.isSet(script_option), rounds, parser.value(out_option), make_scenario);
+      Run(app, parser.isSet(script_option), rounds, parser.value(out_option), harness);
   // The helper singletons (theme, monitor) go before the application, as a client ends them.
   base::EndSingletonScope();
   return status;
