@@ -8,9 +8,6 @@
 #include <QFile>
 #include <QWidget>
 #include <cstdio>
-#ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
-#endif
 
 #include "base/singleton/scope_singleton.h"
 #include "json_theme_manager.h"
@@ -24,6 +21,12 @@
 #include "qt_util/qt_ui_monitor_helper.h"
 #include "qt_util/ui_util.h"
 #include "scenario.h"
+
+#ifdef __SANITIZE_ADDRESS__
+// From the sanitizer runtime's public interface (sanitizer/allocator_interface.h, which not
+// every compiler installs).
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
+#endif
 
 namespace meeting {
 
