@@ -1,5 +1,6 @@
 #include "chat_panel.h"
 
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -9,6 +10,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "qt_util/event_handler/event_observer.h"
 #include "qt_util/string_utils.h"
 #include "qt_util/ui_util.h"
 
@@ -184,6 +186,16 @@ ChatPanel::ChatPanel(QWidget* parent)
     QTStringUtils::HtmlEncode(html);
     ReceiveMessage(tr("Me"), html);
     emit MessageTyped(typed);
+  });
+  // Escape drops a half-typed message. The input is a stock line edit, so the panel listens to
+  // its events rather than subclassing it; the listening ends when either of them goes.
+  QtEventObserver::ListenEvent(input_, this, [this](QObject*, QEvent* event) {
+    if (event->type() != QEvent::KeyPress) return false;
+    if (static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape || input_->text().isEmpty()) {
+      return false;
+    }
+    input_->clear();
+    return true;
   });
 }
 

@@ -60,7 +60,7 @@ class RichTextSink : public CParserOut {
 };
 
 /// The chat panel: the conversation and an input line. Every message, received or typed, is
-/// HTML and goes through the parser.
+/// HTML and goes through the parser. Escape in the input line drops what was typed.
 class ChatPanel : public QWidget {
   Q_OBJECT
 

@@ -1,5 +1,6 @@
 #include "meeting_app.h"
 
+#include <malloc.h>
 #include <unistd.h>
 #include <QAccessible>
 #include <QApplication>
@@ -20,6 +21,12 @@
 #include "qt_util/qt_ui_monitor_helper.h"
 #include "qt_util/ui_util.h"
 #include "scenario.h"
+
+#ifdef __SANITIZE_ADDRESS__
+// From the sanitizer runtime's public interface (sanitizer/allocator_interface.h, which not
+// every compiler installs).
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
+#endif
 
 namespace meeting {
 
@@ -72,9 +79,22 @@ long ResidentKiB() {
   return fields.at(1).toLong() * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
+// Heap memory handed out and not yet given back, in KiB. It grows with the first leaked
+// allocation, where the resident memory stays flat until the allocator's pools of freed memory
+// (or, with AddressSanitizer, its quarantine) are used up.
+long HeapInUseKiB() {
+#ifdef __SANITIZE_ADDRESS__
+  // The sanitizer's own allocator, of which glibc's statistics know nothing.
+  return static_cast<long>(__sanitizer_get_current_allocated_bytes() / 1024);
+#else
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<long>((info.uordblks + info.hblkhd) / 1024);
+#endif
+}
+
 // Objects reachable from the application object and the top-level widgets: what a client can
-// count without Qt's private hooks. An object leaked without a parent escapes it; the resident
-// memory beside it shows such a leak.
+// count without Qt's private hooks. An object leaked without a parent escapes it and shows in
+// the heap figure instead (the test tree's run counts every QObject through those hooks).
 int LiveObjects() {
   int count = 1 + qApp->findChildren<QObject*>().size();
   for (QWidget* top : QApplication::topLevelWidgets()) {
@@ -100,21 +120,22 @@ Figures TakeFigures() {
 }
 
 // One line per round, read by the soak test (a CMake script, so no semicolons): keep its
-// words. First the figures once the round's window is gone, then those of the meeting itself
-// (taken before the window went).
-void PrintRoundFigures(int round, int mismatches, const Figures& in_meeting) {
+// words. First the figures once the round's window is gone (a harness's own last), then those
+// of the meeting itself (taken before the window went).
+void PrintRoundFigures(int round, int mismatches, const Figures& in_meeting, const QString& more) {
   const Figures after = TakeFigures();
   std::printf(
-      "round %d: rss_kib=%ld objects=%d pending_deletes=%zu observers=%zu monitor_widgets=%d "
-      "mismatches=%d, in the meeting: objects=%d observers=%zu monitor_widgets=%d\n",
-      round, ResidentKiB(), after.objects, after.pending_deletes, after.observers,
-      after.monitor_widgets, mismatches, in_meeting.objects, in_meeting.observers,
-      in_meeting.monitor_widgets);
+      "round %d: rss_kib=%ld heap_kib=%ld objects=%d pending_deletes=%zu observers=%zu "
+      "monitor_widgets=%d mismatches=%d%s, in the meeting: objects=%d observers=%zu "
+      "monitor_widgets=%d\n",
+      round, ResidentKiB(), HeapInUseKiB(), after.objects, after.pending_deletes, after.observers,
+      after.monitor_widgets, mismatches, qUtf8Printable(more), in_meeting.objects,
+      in_meeting.observers, in_meeting.monitor_widgets);
   std::fflush(stdout);
 }
 
 int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log, const QString& out_dir,
-              int rounds, const ScenarioFactory& make_scenario) {
+              int rounds, const Harness& harness) {
   int failed_rounds = 0;
   for (int round = 1; round <= rounds; ++round) {
     // Every round starts as the first did: light theme, a fresh window, an empty record.
@@ -126,8 +147,8 @@ int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log, const Q
       MeetingWindow window;
       ConnectThemeButton(window, engine);
       std::unique_ptr<Scenario> scenario =
-          make_scenario ? make_scenario(window, out_dir, log, round)
-                        : std::make_unique<Scenario>(window, out_dir, log, round);
+          harness.make_scenario ? harness.make_scenario(window, out_dir, log, round)
+                                : std::make_unique<Scenario>(window, out_dir, log, round);
       mismatches = scenario->Run();
       in_meeting = TakeFigures();
     }
@@ -135,13 +156,16 @@ int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log, const Q
     WaitUntil([] { return CustomEventUtils::PendingDeleteListInstance()->empty(); });
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     failed_rounds += mismatches != 0;
-    if (rounds > 1) PrintRoundFigures(round, mismatches, in_meeting);
+    if (rounds > 1) {
+      PrintRoundFigures(round, mismatches, in_meeting,
+                        harness.more_figures ? harness.more_figures() : QString());
+    }
   }
   return failed_rounds == 0 ? 0 : 1;
 }
 
 int Run(QApplication& app, bool script, int rounds, const QString& out_dir,
-        const ScenarioFactory& make_scenario) {
+        const Harness& harness) {
   // In a scenario the log is recorded from the start, so that the library's start-up lines
   // are checked too; level 6 keeps the hooker's click records.
   std::unique_ptr<LogRecorder> log;
@@ -149,7 +173,7 @@ int Run(QApplication& app, bool script, int rounds, const QString& out_dir,
 
   example_theme::JsonThemeManager* engine = StartLibrary();
   if (!engine) return 2;
-  if (script) return RunScript(engine, *log, out_dir, rounds, make_scenario);
+  if (script) return RunScript(engine, *log, out_dir, rounds, harness);
 
   MeetingWindow window;
   ConnectThemeButton(window, engine);
@@ -161,7 +185,7 @@ int Run(QApplication& app, bool script, int rounds, const QString& out_dir,
 
 }  // namespace
 
-int RunMeetingApp(int argc, char** argv, const ScenarioFactory& make_scenario) {
+int RunMeetingApp(int argc, char** argv, const Harness& harness) {
   QApplication app(argc, argv);
   QApplication::setApplicationName(QStringLiteral("qt_util_meeting"));
   QCommandLineParser parser;
@@ -190,7 +214,7 @@ int RunMeetingApp(int argc, char** argv, const ScenarioFactory& make_scenario) {
   }
 
   const int status =
-      Run(app, parser.isSet(script_option), rounds, parser.value(out_option), make_scenario);
+      Run(app, parser.isSet(script_option), rounds, parser.value(out_option), harness);
   // The helper singletons (theme, monitor) go before the application, as a client ends them.
   base::EndSingletonScope();
   return status;

@@ -18,8 +18,17 @@ class Scenario;
 using ScenarioFactory = std::function<std::unique_ptr<Scenario>(
     MeetingWindow& window, const QString& out_dir, LogRecorder& log, int round)>;
 
-/// The whole program: `qt_util_meeting [--script [--repeat N] [--out DIR]]`. An empty factory
-/// plays the program's own scenario. Returns the process's exit status.
-int RunMeetingApp(int argc, char** argv, const ScenarioFactory& make_scenario = {});
+/// What a harness that can do more than a client brings to the program.
+struct Harness {
+  /// Makes each round's scenario; empty plays the program's own.
+  ScenarioFactory make_scenario;
+  /// Figures of the harness's own, appended as they are to each round's line of figures
+  /// (" name=value" pairs, read by the soak test).
+  std::function<QString()> more_figures;
+};
+
+/// The whole program: `qt_util_meeting [--script [--repeat N] [--out DIR]]`. Returns the
+/// process's exit status.
+int RunMeetingApp(int argc, char** argv, const Harness& harness = {});
 
 }  // namespace meeting

@@ -32,6 +32,7 @@
 #include "notice_banner.h"
 #include "participant_list.h"
 #include "qt_util/custom_event_util.h"
+#include "qt_util/event_handler/event_observer.h"
 #include "qt_util/qt_ui_custom_theme_helper.h"
 #include "qt_util/qt_ui_monitor_helper.h"
 #include "qt_util/ui_util.h"
@@ -448,6 +449,15 @@ void Scenario::Chat() {
   Expect(last.text() == typed &&
              FormatOf(document, QStringLiteral("not bold")).fontWeight() != QFont::Bold,
          "the typed message shows exactly as typed, markup and double blank included");
+  // Escape reaches the panel's listener before the line edit, which would ignore it.
+  chat->Input()->setText(QStringLiteral("never mind"));
+  QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+  QApplication::sendEvent(chat->Input(), &escape);
+  Expect(chat->Input()->text().isEmpty() && chat->Messages() == 4,
+         "Escape drops a half-typed message and sends nothing");
+  Expect(QtEventObserver::ObserverCount() == 1,
+         QStringLiteral("the library's observer registry holds the panel's listener alone (%1)")
+             .arg(QtEventObserver::ObserverCount()));
   Expect(FormatOf(document, QStringLiteral("Agenda")).fontWeight() == QFont::Bold,
          "\"Agenda\" is bold");
   const QTextBlock budget = BlockWith(document, QStringLiteral("budget review"));

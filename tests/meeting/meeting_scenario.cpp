@@ -1,11 +1,15 @@
 // The meeting window's scenario with what a client cannot do on its own: a virtual screen
 // plugged in and out (the screen observer's reports and the header that follows them), and on
 // X11 a second client on the root window that sees the keep-above request of the mini window.
-// Every other step and observation is the program's own (examples/meeting_window).
+// Every other step and observation is the program's own (examples/meeting_window). With
+// --repeat N each round's line of figures also carries the process's live QObjects as Qt's
+// object hooks count them.
+#include <QtCore/private/qhooks_p.h>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QScreen>
 #include <QWindow>
+#include <atomic>
 #include <memory>
 
 #include "meeting_app.h"
@@ -15,6 +19,32 @@
 #include "support/x11_watch.h"
 
 namespace {
+
+// Every QObject of the process, of any thread, with or without a parent: the count the program
+// cannot take on its own, since the hooks are Qt's private API. The hooks of another tool
+// attached to the process keep being called.
+std::atomic<long> g_live_qobjects{0};
+QHooks::AddQObjectCallback g_next_add = nullptr;
+QHooks::RemoveQObjectCallback g_next_remove = nullptr;
+
+void QObjectAdded(QObject* object) {
+  ++g_live_qobjects;
+  if (g_next_add) g_next_add(object);
+}
+
+void QObjectRemoved(QObject* object) {
+  --g_live_qobjects;
+  if (g_next_remove) g_next_remove(object);
+}
+
+// Before the application object, so that the count starts at zero with the first QObject.
+void CountQObjects() {
+  g_next_add = reinterpret_cast<QHooks::AddQObjectCallback>(qtHookData[QHooks::AddQObject]);
+  g_next_remove =
+      reinterpret_cast<QHooks::RemoveQObjectCallback>(qtHookData[QHooks::RemoveQObject]);
+  qtHookData[QHooks::AddQObject] = reinterpret_cast<quintptr>(&QObjectAdded);
+  qtHookData[QHooks::RemoveQObject] = reinterpret_cast<quintptr>(&QObjectRemoved);
+}
 
 class HarnessScenario : public meeting::Scenario {
  public:
@@ -83,10 +113,13 @@ class HarnessScenario : public meeting::Scenario {
 }  // namespace
 
 int main(int argc, char** argv) {
-  return meeting::RunMeetingApp(
-      argc, argv,
-      [](meeting::MeetingWindow& window, const QString& out_dir, meeting::LogRecorder& log,
-         int round) -> std::unique_ptr<meeting::Scenario> {
-        return std::make_unique<HarnessScenario>(window, out_dir, log, round);
-      });
+  CountQObjects();
+  meeting::Harness harness;
+  harness.make_scenario = [](meeting::MeetingWindow& window, const QString& out_dir,
+                             meeting::LogRecorder& log,
+                             int round) -> std::unique_ptr<meeting::Scenario> {
+    return std::make_unique<HarnessScenario>(window, out_dir, log, round);
+  };
+  harness.more_figures = [] { return QStringLiteral(" qobjects=%1").arg(g_live_qobjects.load()); };
+  return meeting::RunMeetingApp(argc, argv, harness);
 }
