@@ -15,7 +15,7 @@ function(qt_util_add_test)
   endif()
   set(target tst_${ARG_NAME})
   add_executable(${target} ${CMAKE_CURRENT_SOURCE_DIR}/tst_${ARG_NAME}.cpp ${ARG_SOURCES})
-  target_link_libraries(${target} PRIVATE qt_util Qt5::Test Qt5::Widgets ${ARG_LIBS})
+  target_link_libraries(${target} PRIVATE qt_util ${QT_UTIL_QT}::Test ${QT_UTIL_QT}::Widgets ${ARG_LIBS})
   target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
   target_compile_definitions(${target} PRIVATE
     QT_UTIL_TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}/data")

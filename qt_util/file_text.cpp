@@ -2,22 +2,57 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QTextStream>
+#include <QtGlobal>
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+#include <QStringDecoder>
+#else
 #include <QTextCodec>
+#endif
 
 namespace qt_util::internal {
+
+namespace {
+
+// What a QTextStream reading the whole file returns: the encoding comes from a leading
+// byte-order mark (UTF-8 without one), and the decoder keeps an unfinished sequence as state
+// waiting for more input, so at the end of the file it is lost.
+QString DecodeAsTextStream(const QByteArray& bytes) {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+  // Qt 6: QStringDecoder replaces QTextCodec; a stateful decoder keeps the same remainder and
+  // skips the same initial byte-order mark.
+  QStringDecoder decoder(QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8));
+  return decoder.decode(bytes);
+#else
+  QTextCodec* codec = QTextCodec::codecForUtfText(bytes, QTextCodec::codecForName("utf8"));
+  QTextCodec::ConverterState state;
+  return codec->toUnicode(bytes.constData(), bytes.size(), &state);
+#endif
+}
+
+}  // namespace
 
 std::optional<QString> ReadFileText(const QString& path, FileTextDecoding decoding) {
   QFile file(path);
   if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
   const QByteArray bytes = file.readAll();
   if (decoding == FileTextDecoding::kUtf8UpToNul) return QString::fromUtf8(bytes);
+  return DecodeAsTextStream(bytes);
+}
 
-  // A QTextStream picks its codec from the first bytes and decodes with a state that keeps an
-  // unfinished sequence for more input; at the end of the file that remainder is lost. The same
-  // codec choice and state give the same text without the stream.
-  QTextCodec* codec = QTextCodec::codecForUtfText(bytes, QTextCodec::codecForName("utf8"));
-  QTextCodec::ConverterState state;
-  return codec->toUnicode(bytes.constData(), bytes.size(), &state);
+bool WriteFileText(const QString& path, const QString& text, bool append) {
+  QFile file(path);
+  const QIODevice::OpenMode mode =
+      QIODevice::WriteOnly | (append ? QIODevice::Append : QIODevice::Truncate);
+  if (!file.open(mode)) return false;
+  QTextStream stream(&file);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+  // Qt 5's stream writes the locale's encoding unless told; Qt 6's always writes UTF-8.
+  stream.setCodec("UTF-8");
+#endif
+  stream << text;
+  stream.flush();
+  return true;
 }
 
 }  // namespace qt_util::internal

@@ -1,8 +1,10 @@
 #pragma once
 
-// The one place the library reads a whole text file: the style-sheet functions of VxQtUiUtil and
-// QFTextStreamLoader both come here. They have always decoded the same bytes differently and
-// clients rely on each, so the caller names its decoding.
+// The one place the library reads or writes a whole text file: the style-sheet functions of
+// VxQtUiUtil and QFTextStreamLoader both come here. They have always decoded the same bytes
+// differently and clients rely on each, so the caller names its decoding. Qt 5 and Qt 6 decode
+// and encode through different classes (Qt 6 moved QTextCodec out of QtCore); the difference
+// stays in this file pair.
 
 #include <QString>
 #include <optional>
@@ -24,5 +26,10 @@ enum class FileTextDecoding {
 /// be opened (missing, a directory, no permission). Logs nothing: each caller decides whether a
 /// file that cannot be opened is worth a line.
 std::optional<QString> ReadFileText(const QString& path, FileTextDecoding decoding);
+
+/// Writes `text` as UTF-8 without a byte-order mark to `path`, replacing the file's contents
+/// or appending to them; false when the file cannot be opened for writing. A lone surrogate is
+/// written as '?'.
+bool WriteFileText(const QString& path, const QString& text, bool append);
 
 }  // namespace qt_util::internal

@@ -26,23 +26,23 @@ struct TypeRow {
 constexpr int kTableRows = 6;
 using TypeTable = TypeRow[kTableRows];
 
-// Variant code to QVariant::Type. Both tables are built when the library is loaded and never
+// Variant code to QMetaType type id. Both tables are built when the library is loaded and never
 // change; they only check a non-null target's type and pre-type each element's target.
 const TypeTable kVariantToQVariantTable = {
-    {base::variant::kArray, QVariant::List},       {base::variant::kMap, QVariant::Map},
-    {base::variant::kString, QVariant::String},    {base::variant::kDouble, QVariant::Double},
-    {base::variant::kUint64, QVariant::ULongLong}, {base::variant::kBoolean, QVariant::Bool},
+    {base::variant::kArray, QMetaType::QVariantList}, {base::variant::kMap, QMetaType::QVariantMap},
+    {base::variant::kString, QMetaType::QString},     {base::variant::kDouble, QMetaType::Double},
+    {base::variant::kUint64, QMetaType::ULongLong},   {base::variant::kBoolean, QMetaType::Bool},
 };
 
 // The exact inverse. Int and UInt are left out on purpose although the conversion handles them:
 // they look up as 0, so an int converts only into a null Variant.
 const TypeTable kQVariantToVariantTable = {
-    {QVariant::List, base::variant::kArray},       {QVariant::Map, base::variant::kMap},
-    {QVariant::String, base::variant::kString},    {QVariant::Double, base::variant::kDouble},
-    {QVariant::ULongLong, base::variant::kUint64}, {QVariant::Bool, base::variant::kBoolean},
+    {QMetaType::QVariantList, base::variant::kArray}, {QMetaType::QVariantMap, base::variant::kMap},
+    {QMetaType::QString, base::variant::kString},     {QMetaType::Double, base::variant::kDouble},
+    {QMetaType::ULongLong, base::variant::kUint64},   {QMetaType::Bool, base::variant::kBoolean},
 };
 
-// 0 (QVariant::Invalid, or the null Variant code) for a key that is not in the table.
+// 0 (QMetaType::UnknownType, or the null Variant code) for a key that is not in the table.
 int Lookup(const TypeTable& table, int key) {
   for (const TypeRow& row : table) {
     if (row.key == key) return row.value;
@@ -55,12 +55,20 @@ int TypeCode(const Variant& value) {
   return static_cast<int>(static_cast<uint32_t>(value.GetType()) & 0xFu);
 }
 
-QVariant::Type QtTypeFor(const Variant& value) {
-  return static_cast<QVariant::Type>(Lookup(kVariantToQVariantTable, TypeCode(value)));
+// A null QVariant of the table's type for `value` (an invalid one for 0): the element's
+// pre-typed target.
+QVariant TypedTargetFor(const Variant& value) {
+  const int type = Lookup(kVariantToQVariantTable, TypeCode(value));
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+  // Qt 6 takes the type as a QMetaType instead of its id.
+  return QVariant(QMetaType(type));
+#else
+  return QVariant(type, nullptr);
+#endif
 }
 
 VariantType CodeFor(const QVariant& value) {
-  return static_cast<VariantType>(Lookup(kQVariantToVariantTable, static_cast<int>(value.type())));
+  return static_cast<VariantType>(Lookup(kQVariantToVariantTable, value.userType()));
 }
 
 enum class Failure { kNotSupport, kNeedImpl };
@@ -112,7 +120,7 @@ namespace report {
   QVariantList list;
   list.reserve(static_cast<int>(elements.size()));
   for (const Variant& element : elements) {
-    QVariant converted(QtTypeFor(element));
+    QVariant converted = TypedTargetFor(element);
     QVariantUtil::VariantToQVariant(&element, &converted);
     // Kept whatever the conversion did, so that the list keeps the array's length.
     list.append(converted);
@@ -124,7 +132,7 @@ namespace report {
 [[gnu::noinline]] void MapToQVariant(const Variant& from, QVariant* to) {
   QVariantMap map;
   for (const auto& entry : from.AsMap()) {
-    QVariant converted(QtTypeFor(entry.second));
+    QVariant converted = TypedTargetFor(entry.second);
     QVariantUtil::VariantToQVariant(&entry.second, &converted);
     // Up to the key's first NUL; a later key that decodes to the same text overwrites. Byte
     // order and QString order agree for most keys, so the end is usually the right place.
@@ -136,20 +144,20 @@ namespace report {
 
 [[gnu::noinline]] void ScalarToVariant(const QVariant& from, int type, Variant* to) {
   switch (type) {
-    case QVariant::Bool:
+    case QMetaType::Bool:
       *to = Variant(from.toBool());
       break;
-    case QVariant::Int:
+    case QMetaType::Int:
       *to = Variant(from.toInt());
       break;
-    case QVariant::UInt:
+    case QMetaType::UInt:
       *to = Variant(from.toUInt());
       break;
-    case QVariant::ULongLong:
+    case QMetaType::ULongLong:
       // Deliberately through a signed 32-bit int: clients rely on the truncation.
       *to = Variant(from.toInt());
       break;
-    case QVariant::Double:
+    case QMetaType::Double:
       *to = Variant(from.toDouble(), false);
       break;
     default:
@@ -187,7 +195,7 @@ void QVariantUtil::VariantToQVariant(const base::variant::Variant* from, QVarian
   const int code = TypeCode(*from);
   if (code == base::variant::kNull) return;
   // A null target takes any type; a typed one only its own.
-  if (!to->isNull() && Lookup(kVariantToQVariantTable, code) != static_cast<int>(to->type())) {
+  if (!to->isNull() && Lookup(kVariantToQVariantTable, code) != to->userType()) {
     report::VariantToQVariant(Failure::kNotSupport);
     return;
   }
@@ -212,25 +220,25 @@ void QVariantUtil::VariantToQVariant(const base::variant::Variant* from, QVarian
 
 void QVariantUtil::QVariantToVariant(const QVariant* from, base::variant::Variant* to) {
   if (!from->isValid()) return;
-  const int type = static_cast<int>(from->type());
+  const int type = from->userType();
   const int target_code = TypeCode(*to);
   if (target_code != base::variant::kNull && Lookup(kQVariantToVariantTable, type) != target_code) {
     report::QVariantToVariant(Failure::kNotSupport);
     return;
   }
   switch (type) {
-    case QVariant::Bool:
-    case QVariant::Int:
-    case QVariant::UInt:
-    case QVariant::ULongLong:
-    case QVariant::Double:
-    case QVariant::String:
+    case QMetaType::Bool:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::QString:
       ScalarToVariant(*from, type, to);
       return;
-    case QVariant::Map:
+    case QMetaType::QVariantMap:
       MapToVariant(*from, to);
       return;
-    case QVariant::List:
+    case QMetaType::QVariantList:
       ListToVariant(*from, to);
       return;
     default:

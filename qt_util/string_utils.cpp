@@ -1,19 +1,12 @@
 #include "qt_util/string_utils.h"
 
 #include <QByteArray>
-#include <QFile>
-#include <QTextCodec>
-#include <QTextStream>
 #include <codecvt>
 #include <locale>
 
 #include "qt_util/file_text_p.h"
 
 namespace {
-
-QTextCodec* Utf8Codec() {
-  return QTextCodec::codecForName("utf8");
-}
 
 // The buffers behind the char-array conversions. One per function and thread, so that a
 // result never changes under a caller on another thread, or under a caller that mixes the
@@ -109,14 +102,5 @@ QString QFTextStreamLoader::GetFileStream(const QString& path) {
 }
 
 bool QFTextStreamLoader::SaveFileStream(const QString& path, const QString& content, bool append) {
-  QFile file(path);
-  const QIODevice::OpenMode mode =
-      QIODevice::WriteOnly | (append ? QIODevice::Append : QIODevice::Truncate);
-  if (!file.open(mode)) return false;
-  QTextStream stream(&file);
-  stream.setCodec(Utf8Codec());
-  stream << content;
-  stream.flush();
-  file.close();
-  return true;
+  return qt_util::internal::WriteFileText(path, content, append);
 }

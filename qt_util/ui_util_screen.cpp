@@ -1,11 +1,10 @@
 // Screen geometry of VxQtUiUtil: which screen a widget or point is on, where pop-ups may go,
 // and points and windows in device pixels.
-#include <QApplication>
 #include <QCursor>
-#include <QDesktopWidget>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWidget>
+#include <QWindow>
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -71,21 +70,43 @@ void CenterOver(QWidget* widget, QWidget* target, Axes axes) {
   }
 }
 
+// The screen whose geometry shares the largest area with the widget's frame, the first of
+// equals; null when the frame is on no screen. This is the choice Qt 5's
+// QDesktopWidget::screenNumber made, kept because clients place windows by it; Qt 6 removed that
+// class, and QWidget::screen() answers a different question (the screen of the window's
+// QWindow, which Qt moves only when the window system says so).
+QScreen* LargestShareOf(const QWidget* widget, const QList<QScreen*>& all) {
+  QList<QScreen*> screens = all;
+  // With separate X screens (several virtual desktops), only the widget's own desktop counts.
+  if (screens.size() != screens.constFirst()->virtualSiblings().size()) {
+    const QWindow* handle = widget->windowHandle();
+    if (!handle) {
+      if (const QWidget* native = widget->nativeParentWidget()) handle = native->windowHandle();
+    }
+    if (handle && handle->screen()) screens = handle->screen()->virtualSiblings();
+  }
+  QRect frame = widget->frameGeometry();
+  if (!widget->isWindow()) frame.moveTopLeft(widget->mapToGlobal(QPoint(0, 0)));
+  QScreen* largest = nullptr;
+  qint64 largest_area = 0;
+  for (QScreen* screen : screens) {
+    const QRect common = screen->geometry().intersected(frame);
+    const qint64 area = qint64(common.width()) * common.height();
+    if (area > largest_area) {
+      largest = screen;
+      largest_area = area;
+    }
+  }
+  return largest;
+}
+
 }  // namespace
 
 QScreen* GetScreen(QWidget* widget) {
   const auto screens = QGuiApplication::screens();
-  // Without screens there is nothing to find, and creating the desktop widget would fail.
   if (screens.isEmpty()) return nullptr;
-  QScreen* screen = nullptr;
-  // The desktop widget exists only in a widget application; without one the primary screen is
-  // all there is to ask.
-  if (qobject_cast<QApplication*>(QCoreApplication::instance())) {
-    const int number = QApplication::desktop()->screenNumber(widget);
-    if (number >= 0) screen = screens.value(number);
-  }
-  if (!screen) screen = QGuiApplication::primaryScreen();
-  return screen;
+  QScreen* screen = widget ? LargestShareOf(widget, screens) : nullptr;
+  return screen ? screen : QGuiApplication::primaryScreen();
 }
 
 QRect GetScreenRect(QWidget* widget) {

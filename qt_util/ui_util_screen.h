@@ -17,8 +17,9 @@ class QWidget;
 /// Free functions for windows, screens, images and style sheets of the client's widgets.
 namespace VxQtUiUtil {
 
-/// The screen `widget` is on by QDesktopWidget::screenNumber (a null widget included), else
-/// the primary screen; null when the application has no screen.
+/// The screen that holds the largest part of `widget`'s frame (a child widget counts at its
+/// global position; of equal parts, the first in QGuiApplication::screens()), else the primary
+/// screen: for a null widget and for one on no screen. Null when the application has no screen.
 QT_UTIL_EXPORT QScreen* GetScreen(QWidget* widget);
 
 /// The geometry of GetScreen(widget); a null QRect when there is no screen.

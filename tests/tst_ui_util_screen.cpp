@@ -59,6 +59,10 @@ class tst_UiUtilScreen : public QObject {
   void cleanup();
 
   void getScreen_ofAWidgetOnASecondScreen_isThatScreen();
+  void getScreen_ofAWidgetAcrossTwoScreens_isTheOneWithTheLargerPart();
+  void getScreen_equalParts_isTheEarlierScreen();
+  void getScreen_ofAChildWidget_goesByItsGlobalPosition();
+  void getScreen_ofAWidgetOnNoScreen_isThePrimaryScreen();
   void getScreenRect_ofANullWidget_isThePrimaryScreen();
   void getScreen_afterItsScreenIsRemoved_isThePrimaryScreen();
   void screenRects_withNoScreenAtAll_areNull();
@@ -123,6 +127,49 @@ void tst_UiUtilScreen::getScreen_ofAWidgetOnASecondScreen_isThatScreen() {
   QCOMPARE(VxQtUiUtil::GetScreenRect(&widget), QRect(3000, 0, 1000, 800));
   widget.move(2100, 100);
   QCOMPARE(VxQtUiUtil::GetScreen(&widget), left);
+}
+
+void tst_UiUtilScreen::getScreen_ofAWidgetAcrossTwoScreens_isTheOneWithTheLargerPart() {
+  QScreen* left = add(QRect(2000, 0, 1000, 800));
+  QScreen* right = add(QRect(3000, 0, 1000, 800));
+  QWidget widget;
+  widget.setGeometry(2900, 100, 300, 100);  // 100 columns on the left, 200 on the right
+  QCOMPARE(VxQtUiUtil::GetScreen(&widget), right);
+  widget.move(2800, 100);  // 200 on the left, 100 on the right
+  QCOMPARE(VxQtUiUtil::GetScreen(&widget), left);
+  // The part, not the corner: the top-left corner is on the left screen in both positions.
+  widget.setGeometry(2990, 100, 300, 100);
+  QCOMPARE(VxQtUiUtil::GetScreen(&widget), right);
+}
+
+void tst_UiUtilScreen::getScreen_equalParts_isTheEarlierScreen() {
+  QScreen* left = add(QRect(2000, 0, 1000, 800));
+  add(QRect(3000, 0, 1000, 800));
+  QWidget widget;
+  widget.setGeometry(2900, 100, 200, 100);
+  QCOMPARE(VxQtUiUtil::GetScreen(&widget), left);
+}
+
+void tst_UiUtilScreen::getScreen_ofAChildWidget_goesByItsGlobalPosition() {
+  QScreen* left = add(QRect(2000, 0, 1000, 800));
+  QScreen* right = add(QRect(3000, 0, 1000, 800));
+  QWidget window;
+  window.setGeometry(2000, 0, 1500, 200);  // two thirds on the left screen
+  QWidget* child = new QWidget(&window);
+  child->setGeometry(1100, 10, 200, 50);  // at x 3100, on the right screen
+  QCOMPARE(VxQtUiUtil::GetScreen(&window), left);
+  QCOMPARE(VxQtUiUtil::GetScreen(child), right);
+  QCOMPARE(VxQtUiUtil::GetScreenRect(child), QRect(3000, 0, 1000, 800));
+}
+
+void tst_UiUtilScreen::getScreen_ofAWidgetOnNoScreen_isThePrimaryScreen() {
+  add(QRect(2000, 0, 1000, 800));
+  QWidget widget;
+  widget.setGeometry(-5000, -5000, 200, 100);
+  QCOMPARE(VxQtUiUtil::GetScreen(&widget), QGuiApplication::primaryScreen());
+  // Touching a screen's edge shares no area with it.
+  widget.setGeometry(1800, 0, 200, 100);
+  QCOMPARE(VxQtUiUtil::GetScreen(&widget), QGuiApplication::primaryScreen());
 }
 
 void tst_UiUtilScreen::getScreenRect_ofANullWidget_isThePrimaryScreen() {

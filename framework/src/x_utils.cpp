@@ -2,9 +2,15 @@
 
 #include <xcb/xcb.h>
 
+#include <QGuiApplication>
 #include <QWidget>
 #include <QWindow>
+#include <QtGlobal>
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+#include <QtGui/qguiapplication_platform.h>
+#else
 #include <QX11Info>
+#endif
 #include <cstdlib>
 #include <cstring>
 
@@ -47,8 +53,28 @@ StateAtoms GetStateAtoms(xcb_connection_t* connection) {
 
 // Qt's connection when the application runs on X11, else null.
 xcb_connection_t* X11Connection() {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+  // Qt 6 removed QX11Info (and the X11 Extras module); the connection is on the application's
+  // native interface, which exists only on the xcb platform.
+  if (!qGuiApp) return nullptr;
+  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  return x11 ? x11->connection() : nullptr;
+#else
   if (!QX11Info::isPlatformX11()) return nullptr;
   return QX11Info::connection();
+#endif
+}
+
+// The root window of the screen `xid` is on, where window-manager requests about it go; 0 when
+// the server does not answer. Asked of the server because neither Qt 5 nor Qt 6 names the root
+// of a given window's screen in public API.
+xcb_window_t RootOf(xcb_connection_t* connection, xcb_window_t xid) {
+  xcb_query_tree_reply_t* reply =
+      xcb_query_tree_reply(connection, xcb_query_tree(connection, xid), nullptr);
+  if (!reply) return 0;
+  const xcb_window_t root = reply->root;
+  std::free(reply);
+  return root;
 }
 
 // The X window of a shown top-level widget, or 0. Asked of the QWindow, not the widget: when a
@@ -79,6 +105,8 @@ void SetStayOnTop(const QWidget* window, bool on_top) {
   }
   const StateAtoms atoms = GetStateAtoms(connection);
   if (atoms.state == XCB_ATOM_NONE || atoms.above == XCB_ATOM_NONE) return;
+  const xcb_window_t root = RootOf(connection, xid);
+  if (!root) return;
 
   xcb_client_message_event_t event;
   std::memset(&event, 0, sizeof(event));
@@ -90,7 +118,7 @@ void SetStayOnTop(const QWidget* window, bool on_top) {
   event.data.data32[1] = atoms.above;
   event.data.data32[2] = 0;
   event.data.data32[3] = kSourceApplication;
-  xcb_send_event(connection, 0, QX11Info::appRootWindow(),
+  xcb_send_event(connection, 0, root,
                  XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                  reinterpret_cast<const char*>(&event));
   xcb_flush(connection);

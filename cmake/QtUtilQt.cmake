@@ -1,0 +1,21 @@
+# Which Qt the tree is built against: QT_UTIL_QT_MAJOR=5 (Qt 5.15, the default) or 6 (Qt 6.2
+# or later). The sources are the same for both; this file is where the choice becomes CMake
+# targets. It sets QT_UTIL_QT to the package name (Qt5 or Qt6). The libraries, tests,
+# benchmarks and fuzzers link the versioned targets (${QT_UTIL_QT}::Core...), so that the
+# installed CMake package names the Qt it was built with. The examples use Qt's versionless
+# targets and commands (Qt::Widgets, qt_add_binary_resources), which Qt 5.15 and Qt 6 both
+# define, because they also build on their own against an installed package.
+set(QT_UTIL_QT_MAJOR 5 CACHE STRING "Qt major version to build against: 5 or 6")
+set_property(CACHE QT_UTIL_QT_MAJOR PROPERTY STRINGS 5 6)
+if(QT_UTIL_QT_MAJOR STREQUAL "5")
+  set(QT_UTIL_QT_MIN_VERSION 5.15)
+elseif(QT_UTIL_QT_MAJOR STREQUAL "6")
+  # The X11 connection comes from QNativeInterface::QX11Application, new in Qt 6.2.
+  set(QT_UTIL_QT_MIN_VERSION 6.2)
+else()
+  message(FATAL_ERROR "QT_UTIL_QT_MAJOR is ${QT_UTIL_QT_MAJOR}; it must be 5 or 6")
+endif()
+set(QT_UTIL_QT Qt${QT_UTIL_QT_MAJOR})
+
+find_package(${QT_UTIL_QT} ${QT_UTIL_QT_MIN_VERSION} REQUIRED COMPONENTS Core Gui Widgets Svg)
+message(STATUS "qt_util: building against Qt ${${QT_UTIL_QT}Core_VERSION}")
