@@ -83,7 +83,8 @@ struct TagSlots {
     Tag tag = Tag::kNone;
   };
   static constexpr int kSize = 64;
-  Slot slots[kSize];
+  // Not "slots", which Qt defines as a macro in every file that includes QObject.
+  Slot cells[kSize];
 };
 
 // Built at compile time from the names in the order of insertion.
@@ -135,8 +136,8 @@ constexpr TagSlots MakeTagSlots() {
       key.Add(key.length, static_cast<unsigned char>(entry.name[key.length]));
     }
     int slot = key.Slot();
-    while (table.slots[slot].key.length >= 0) slot = (slot + 1) % TagSlots::kSize;
-    table.slots[slot] = {key, entry.tag};
+    while (table.cells[slot].key.length >= 0) slot = (slot + 1) % TagSlots::kSize;
+    table.cells[slot] = {key, entry.tag};
   }
   return table;
 }
@@ -146,7 +147,7 @@ inline constexpr TagSlots kTagSlots = MakeTagSlots();
 // The handler of a packed name.
 inline Tag FindPackedTag(const PackedKey& wanted) {
   for (int slot = wanted.Slot();; slot = (slot + 1) % TagSlots::kSize) {
-    const TagSlots::Slot& entry = kTagSlots.slots[slot];
+    const TagSlots::Slot& entry = kTagSlots.cells[slot];
     if (entry.key == wanted) return entry.tag;
     if (entry.key.length < 0) return Tag::kNone;
   }
