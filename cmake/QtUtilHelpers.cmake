@@ -62,12 +62,12 @@ function(qt_util_add_command_test)
   set_tests_properties(${ARG_NAME} PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${environment}")
 endfunction()
 
-# qt_util_install_library(<target> BASE_DIR <dir> DESTINATION <dir under include/>
+# qt_util_install_library(<target> BASE_DIR <dir> DESTINATION <dir under the header directory>
 #                         HEADERS <absolute paths>...)
 #
 # Installs a shared library (component runtime, its unversioned .so link with component
 # development) into the export set QtUtilTargets, and its public headers, keeping their paths
-# relative to BASE_DIR under include/DESTINATION (component development).
+# relative to BASE_DIR under <QT_UTIL_INSTALL_INCLUDEDIR>/DESTINATION (component development).
 function(qt_util_install_library target)
   cmake_parse_arguments(ARG "" "BASE_DIR;DESTINATION" "HEADERS" ${ARGN})
   install(TARGETS ${target} EXPORT QtUtilTargets
@@ -75,7 +75,7 @@ function(qt_util_install_library target)
   foreach(header IN LISTS ARG_HEADERS)
     file(RELATIVE_PATH relative "${ARG_BASE_DIR}" "${header}")
     get_filename_component(subdir "${relative}" DIRECTORY)
-    install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${ARG_DESTINATION}/${subdir}"
+    install(FILES "${header}" DESTINATION "${QT_UTIL_INSTALL_INCLUDEDIR}/${ARG_DESTINATION}/${subdir}"
             COMPONENT development)
   endforeach()
 endfunction()

@@ -7,15 +7,31 @@
 # define, because they also build on their own against an installed package.
 set(QT_UTIL_QT_MAJOR 5 CACHE STRING "Qt major version to build against: 5 or 6")
 set_property(CACHE QT_UTIL_QT_MAJOR PROPERTY STRINGS 5 6)
+# Each build installs under names of its own, so that both can be installed side by side; the
+# Qt 5 build keeps the names it has always had. Everything installed takes its name from these:
+#   QT_UTIL_NAME_SUFFIX         of the library files (libqt_util<suffix>.so.1), the pkg-config
+#                               module QT_UTIL_PKG_CONFIG_MODULE (qt_util<suffix>) and the
+#                               Debian packages (libqt-util<suffix>...)
+#   QT_UTIL_PACKAGE             the CMake package (find_package(<package>)); its imported targets
+#                               are QtUtil::qt_util and QtUtil::talvex_framework in both builds
+#   QT_UTIL_INSTALL_INCLUDEDIR  the one directory (include/qt_util-qt<major>) that holds every
+#                               installed header, so that no generic name such as base/ or ui/
+#                               lands in include/ itself
 if(QT_UTIL_QT_MAJOR STREQUAL "5")
   set(QT_UTIL_QT_MIN_VERSION 5.15)
+  set(QT_UTIL_NAME_SUFFIX "")
+  set(QT_UTIL_PACKAGE QtUtil)
 elseif(QT_UTIL_QT_MAJOR STREQUAL "6")
   # The X11 connection comes from QNativeInterface::QX11Application, new in Qt 6.2.
   set(QT_UTIL_QT_MIN_VERSION 6.2)
+  set(QT_UTIL_NAME_SUFFIX "-qt6")
+  set(QT_UTIL_PACKAGE QtUtilQt6)
 else()
   message(FATAL_ERROR "QT_UTIL_QT_MAJOR is ${QT_UTIL_QT_MAJOR}; it must be 5 or 6")
 endif()
 set(QT_UTIL_QT Qt${QT_UTIL_QT_MAJOR})
+set(QT_UTIL_PKG_CONFIG_MODULE qt_util${QT_UTIL_NAME_SUFFIX})
+set(QT_UTIL_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/qt_util-qt${QT_UTIL_QT_MAJOR}")
 
 find_package(${QT_UTIL_QT} ${QT_UTIL_QT_MIN_VERSION} REQUIRED COMPONENTS Core Gui Widgets Svg)
 message(STATUS "qt_util: building against Qt ${${QT_UTIL_QT}Core_VERSION}")
