@@ -17,15 +17,19 @@ set_property(CACHE QT_UTIL_QT_MAJOR PROPERTY STRINGS 5 6)
 #   QT_UTIL_INSTALL_INCLUDEDIR  the one directory (include/qt_util-qt<major>) that holds every
 #                               installed header, so that no generic name such as base/ or ui/
 #                               lands in include/ itself
+# QT_UTIL_QT_DEBIAN_DEV lists the Debian packages of this Qt's headers, which the -dev package
+# needs (cmake/QtUtilPackaging.cmake).
 if(QT_UTIL_QT_MAJOR STREQUAL "5")
   set(QT_UTIL_QT_MIN_VERSION 5.15)
   set(QT_UTIL_NAME_SUFFIX "")
   set(QT_UTIL_PACKAGE QtUtil)
+  set(QT_UTIL_QT_DEBIAN_DEV "qtbase5-dev, libqt5svg5-dev")
 elseif(QT_UTIL_QT_MAJOR STREQUAL "6")
   # The X11 connection comes from QNativeInterface::QX11Application, new in Qt 6.2.
   set(QT_UTIL_QT_MIN_VERSION 6.2)
   set(QT_UTIL_NAME_SUFFIX "-qt6")
   set(QT_UTIL_PACKAGE QtUtilQt6)
+  set(QT_UTIL_QT_DEBIAN_DEV "qt6-base-dev, qt6-svg-dev")
 else()
   message(FATAL_ERROR "QT_UTIL_QT_MAJOR is ${QT_UTIL_QT_MAJOR}; it must be 5 or 6")
 endif()
