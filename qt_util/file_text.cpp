@@ -36,7 +36,11 @@ std::optional<QString> ReadFileText(const QString& path, FileTextDecoding decodi
   QFile file(path);
   if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
   const QByteArray bytes = file.readAll();
-  if (decoding == FileTextDecoding::kUtf8UpToNul) return QString::fromUtf8(bytes);
+  if (decoding == FileTextDecoding::kUtf8UpToNul) {
+    // Up to the first NUL, spelled out: Qt 5's QString::fromUtf8(QByteArray) stopped there, Qt
+    // 6's reads the whole array.
+    return QString::fromUtf8(bytes.constData(), qstrnlen(bytes.constData(), bytes.size()));
+  }
   return DecodeAsTextStream(bytes);
 }
 
