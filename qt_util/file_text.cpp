@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QFile>
-#include <QTextStream>
 #include <QtGlobal>
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 #include <QStringDecoder>
@@ -49,13 +48,12 @@ bool WriteFileText(const QString& path, const QString& text, bool append) {
   const QIODevice::OpenMode mode =
       QIODevice::WriteOnly | (append ? QIODevice::Append : QIODevice::Truncate);
   if (!file.open(mode)) return false;
-  QTextStream stream(&file);
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-  // Qt 5's stream writes the locale's encoding unless told; Qt 6's always writes UTF-8.
-  stream.setCodec("UTF-8");
-#endif
-  stream << text;
-  stream.flush();
+  // What Qt 5's UTF-8 text stream wrote, spelled out: Qt 6's writes U+FFFD for a lone surrogate
+  // where Qt 5's wrote '?' (as toUtf8 does on both), and a high surrogate at the very end was
+  // kept waiting for its pair and so never written.
+  QStringView whole(text);
+  if (!whole.isEmpty() && whole.back().isHighSurrogate()) whole.chop(1);
+  file.write(whole.toUtf8());
   return true;
 }
 
