@@ -31,6 +31,7 @@
 #include <QWindow>
 #include <QtTest>
 #include <array>
+#include <cmath>
 #include <iterator>
 #include <memory>
 #include <vector>
@@ -118,6 +119,16 @@ QImage Pixels(const QPixmap& pixmap) {
   QImage image = pixmap.toImage().convertToFormat(QImage::Format_ARGB32);
   image.setDevicePixelRatio(1);
   return image;
+}
+
+// How opaque a picture is in all: less, the more its corners are cut.
+qint64 AlphaSum(const QPixmap& pixmap) {
+  const QImage image = Pixels(pixmap);
+  qint64 sum = 0;
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) sum += qAlpha(image.pixel(x, y));
+  }
+  return sum;
 }
 
 // A widget showing the rounded-tile picture over its whole area: grabbed, it gives a real
@@ -613,6 +624,17 @@ void tst_ScaleFactor::pixmapUtilities_keepAFractionalRatio() {
         QTImageUtils::MakeRoundRectImage(plain, AtFactor(radius_7)));
   check(VxQtUiUtil::GetHasRadiusPixmap(picture, 8),
         VxQtUiUtil::GetHasRadiusPixmap(plain, int(AtFactor(radius_8))));
+  // GetHasRadiusPixmap takes whole logical pixels, yet its device radius stays fractional: at
+  // 1.25 and 1.5 radius 7 clears more than the whole radius below and less than the one above.
+  const QPixmap radius_7_result = VxQtUiUtil::GetHasRadiusPixmap(picture, 7);
+  const float device_radius_7 = AtFactor(radius_7);
+  if (device_radius_7 == std::floor(device_radius_7)) {
+    check(radius_7_result, VxQtUiUtil::GetHasRadiusPixmap(plain, int(device_radius_7)));
+  } else {
+    const int below = int(std::floor(device_radius_7));
+    QVERIFY(AlphaSum(radius_7_result) < AlphaSum(VxQtUiUtil::GetHasRadiusPixmap(plain, below)));
+    QVERIFY(AlphaSum(radius_7_result) > AlphaSum(VxQtUiUtil::GetHasRadiusPixmap(plain, below + 1)));
+  }
   // Half the height in device pixels, whatever the ratio: 15, 19, 22, 30.
   const PerFactor<float> half_height = {15.0f, 19.0f, 22.0f, 30.0f};
   check(QTImageUtils::MakeRoundImage(picture),
