@@ -32,7 +32,6 @@
 #include <QtTest>
 #include <array>
 #include <cmath>
-#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -69,6 +68,14 @@ const T& AtFactor(const PerFactor<T>& answers) {
 
 double Factor() {
   return kFactors[size_t(g_column)];
+}
+
+// One data row per entry of a table of rows, named by the entry's name; the test function
+// fetches its index as "row".
+template <typename Row, size_t N>
+void AddRows(const Row (&rows)[N]) {
+  QTest::addColumn<int>("row");
+  for (size_t i = 0; i < N; ++i) QTest::newRow(rows[i].name) << int(i);
 }
 
 // The monitors beside the platform's screen, as platform geometry and ratio.
@@ -319,8 +326,7 @@ const ImageRow kImageRows[] = {
 }  // namespace
 
 void tst_ScaleFactor::hdpiImage_followsTheWindowsRatio_data() {
-  QTest::addColumn<int>("row");
-  for (size_t i = 0; i < std::size(kImageRows); ++i) QTest::newRow(kImageRows[i].name) << int(i);
+  AddRows(kImageRows);
 }
 
 void tst_ScaleFactor::hdpiImage_followsTheWindowsRatio() {
@@ -373,8 +379,7 @@ const SvgRow kSvgRows[] = {
 }  // namespace
 
 void tst_ScaleFactor::hdpiImageSvg_rendersAtTheStepOfTheWindowsRatio_data() {
-  QTest::addColumn<int>("row");
-  for (size_t i = 0; i < std::size(kSvgRows); ++i) QTest::newRow(kSvgRows[i].name) << int(i);
+  AddRows(kSvgRows);
 }
 
 void tst_ScaleFactor::hdpiImageSvg_rendersAtTheStepOfTheWindowsRatio() {
@@ -427,10 +432,7 @@ const PixelRectRow kPixelRectRows[] = {
 }  // namespace
 
 void tst_ScaleFactor::windowPixelRect_roundsHalfUpOnBothBuilds_data() {
-  QTest::addColumn<int>("row");
-  for (size_t i = 0; i < std::size(kPixelRectRows); ++i) {
-    QTest::newRow(kPixelRectRows[i].name) << int(i);
-  }
+  AddRows(kPixelRectRows);
 }
 
 void tst_ScaleFactor::windowPixelRect_roundsHalfUpOnBothBuilds() {
@@ -458,6 +460,7 @@ void tst_ScaleFactor::windowPixelRect_ofAShownWindow_isWhereItsPlatformWindowIs(
 
 namespace {
 
+// A point and what it becomes, logical to native or native to logical.
 struct PointRow {
   const char* name;
   QPoint point;
@@ -490,8 +493,7 @@ const PointRow kPointRows[] = {
 }  // namespace
 
 void tst_ScaleFactor::translatePointFromQt_truncatesTowardZero_data() {
-  QTest::addColumn<int>("row");
-  for (size_t i = 0; i < std::size(kPointRows); ++i) QTest::newRow(kPointRows[i].name) << int(i);
+  AddRows(kPointRows);
 }
 
 void tst_ScaleFactor::translatePointFromQt_truncatesTowardZero() {
@@ -506,15 +508,9 @@ void tst_ScaleFactor::translatePointFromQt_truncatesTowardZero() {
 
 namespace {
 
-struct NativeRow {
-  const char* name;
-  QPoint native;
-  PerFactor<QPoint> expected;
-};
-
 // A screen's native span ends past its last logical pixel's device pixel (1023 * 1.25 ends at
 // 1278.75 of 1280): the native points beyond map to the last logical pixel.
-const NativeRow kNativeRows[] = {
+const PointRow kNativeRows[] = {
     {"right monitor, last column",
      QPoint(3199, 0),
      {QPoint(3199, 0), QPoint(2943, 0), QPoint(2772, 0), QPoint(2559, 0)}},
@@ -529,17 +525,14 @@ const NativeRow kNativeRows[] = {
 }  // namespace
 
 void tst_ScaleFactor::qPointFromNative_lastNativeColumn_isTheLastLogicalOne_data() {
-  QTest::addColumn<int>("row");
-  for (size_t i = 0; i < std::size(kNativeRows); ++i) {
-    QTest::newRow(kNativeRows[i].name) << int(i);
-  }
+  AddRows(kNativeRows);
 }
 
 void tst_ScaleFactor::qPointFromNative_lastNativeColumn_isTheLastLogicalOne() {
   QFETCH(int, row);
-  const NativeRow& expected = kNativeRows[row];
-  QCOMPARE(VxQtUiUtil::QPointFromNative(expected.native), AtFactor(expected.expected));
-  QCOMPARE(UIHelper::QPointFromNative(expected.native), AtFactor(expected.expected));
+  const PointRow& expected = kNativeRows[row];
+  QCOMPARE(VxQtUiUtil::QPointFromNative(expected.point), AtFactor(expected.expected));
+  QCOMPARE(UIHelper::QPointFromNative(expected.point), AtFactor(expected.expected));
 }
 
 void tst_ScaleFactor::qPointFromNative_undoesTranslatePointFromQtOnEveryScreen_data() {
@@ -679,10 +672,7 @@ const PaintRectRow kPaintRectRows[] = {
 }  // namespace
 
 void tst_ScaleFactor::paintRect_isLogicalAtEveryFactor_data() {
-  QTest::addColumn<int>("row");
-  for (size_t i = 0; i < std::size(kPaintRectRows); ++i) {
-    QTest::newRow(kPaintRectRows[i].name) << int(i);
-  }
+  AddRows(kPaintRectRows);
 }
 
 void tst_ScaleFactor::paintRect_isLogicalAtEveryFactor() {
