@@ -241,11 +241,13 @@ QRect GetWindowPixelRect(QWidget* widget) {
   // Unlike TranslatePointFromQt, the whole position is scaled and rounded: this is the window
   // as a pixel buffer, not a point on the native desktop. The size is what the buffer has; a
   // position past the int range gives way to it.
-  const int width = RoundHalfUpToInt(g.width() * ratio);
-  const int height = RoundHalfUpToInt(g.height() * ratio);
-  return QRect(KeepSpanInRange(RoundHalfUpToInt(g.left() * ratio), int64_t{width} - 1),
-               KeepSpanInRange(RoundHalfUpToInt(g.top() * ratio), int64_t{height} - 1), width,
-               height);
+  const int64_t width = RoundHalfUpToInt(g.width() * ratio);
+  const int64_t height = RoundHalfUpToInt(g.height() * ratio);
+  const int64_t left = KeepSpanInRange(RoundHalfUpToInt(g.left() * ratio), width - 1);
+  const int64_t top = KeepSpanInRange(RoundHalfUpToInt(g.top() * ratio), height - 1);
+  // Built from its corners: QRect(left, top, width, height) adds left and width before taking
+  // the one off, which overflows for a rect that ends at the very end of the int range.
+  return QRect(QPoint(int(left), int(top)), QPoint(int(left + width - 1), int(top + height - 1)));
 }
 
 float GetDPIScale() {

@@ -426,7 +426,9 @@ const PixelRectRow kPixelRectRows[] = {
     {"far right, past the int range",
      QRect(1500000000, -7, 100, 100),
      {QRect(1500000000, -7, 100, 100), QRect(1875000000, -9, 125, 125),
-      QRect(2147483647 - 149, -10, 150, 150), QRect(2147483647 - 199, -14, 200, 200)}},
+      // From the corners: QRect(x, y, w, h) would overflow computing the right edge itself.
+      QRect(QPoint(2147483647 - 149, -10), QPoint(2147483647, 139)),
+      QRect(QPoint(2147483647 - 199, -14), QPoint(2147483647, 185))}},
 };
 
 }  // namespace
