@@ -34,7 +34,7 @@ class PrefixThemeManager : public test_support::StubThemeManager {
       : from_(std::move(from)), to_(std::move(to)), dark_(dark) {}
   QString GetCurrentThemeResPath(const QString& path) override {
     if (!dark_ || !path.startsWith(from_)) return path;
-    return to_ + path.midRef(from_.size());
+    return to_ + path.mid(from_.size());
   }
   bool IsCurrentDarkType() override { return dark_; }
 

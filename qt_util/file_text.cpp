@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QFile>
-#include <QTextStream>
 #include <QtGlobal>
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 #include <QStringDecoder>
@@ -36,7 +35,11 @@ std::optional<QString> ReadFileText(const QString& path, FileTextDecoding decodi
   QFile file(path);
   if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
   const QByteArray bytes = file.readAll();
-  if (decoding == FileTextDecoding::kUtf8UpToNul) return QString::fromUtf8(bytes);
+  if (decoding == FileTextDecoding::kUtf8UpToNul) {
+    // Up to the first NUL, spelled out: Qt 5's QString::fromUtf8(QByteArray) stopped there, Qt
+    // 6's reads the whole array.
+    return QString::fromUtf8(bytes.constData(), qstrnlen(bytes.constData(), bytes.size()));
+  }
   return DecodeAsTextStream(bytes);
 }
 
@@ -45,13 +48,12 @@ bool WriteFileText(const QString& path, const QString& text, bool append) {
   const QIODevice::OpenMode mode =
       QIODevice::WriteOnly | (append ? QIODevice::Append : QIODevice::Truncate);
   if (!file.open(mode)) return false;
-  QTextStream stream(&file);
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-  // Qt 5's stream writes the locale's encoding unless told; Qt 6's always writes UTF-8.
-  stream.setCodec("UTF-8");
-#endif
-  stream << text;
-  stream.flush();
+  // What Qt 5's UTF-8 text stream wrote, spelled out: Qt 6's writes U+FFFD for a lone surrogate
+  // where Qt 5's wrote '?' (as toUtf8 does on both), and a high surrogate at the very end was
+  // kept waiting for its pair and so never written.
+  QStringView whole(text);
+  if (!whole.isEmpty() && whole.back().isHighSurrogate()) whole.chop(1);
+  file.write(whole.toUtf8());
   return true;
 }
 

@@ -28,8 +28,9 @@ enum class FileTextDecoding {
 std::optional<QString> ReadFileText(const QString& path, FileTextDecoding decoding);
 
 /// Writes `text` as UTF-8 without a byte-order mark to `path`, replacing the file's contents
-/// or appending to them; false when the file cannot be opened for writing. A lone surrogate is
-/// written as '?'.
+/// or appending to them; false when the file cannot be opened for writing (true otherwise, even
+/// if the disk takes fewer bytes). A lone surrogate is written as '?', except a high surrogate
+/// at the very end, which is left out.
 bool WriteFileText(const QString& path, const QString& text, bool append);
 
 }  // namespace qt_util::internal

@@ -6,6 +6,7 @@
 
 #include "base/common/include/logger.h"
 #include "base/variant/variant.h"
+#include "qt_util/qt_compat_p.h"
 #include "qt_util/string_utils.h"
 
 // Every level of a nested document costs one call of a public operation plus one of its
@@ -58,13 +59,8 @@ int TypeCode(const Variant& value) {
 // A null QVariant of the table's type for `value` (an invalid one for 0): the element's
 // pre-typed target.
 QVariant TypedTargetFor(const Variant& value) {
-  const int type = Lookup(kVariantToQVariantTable, TypeCode(value));
-#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-  // Qt 6 takes the type as a QMetaType instead of its id.
-  return QVariant(QMetaType(type));
-#else
-  return QVariant(type, nullptr);
-#endif
+  return qt_util::internal::VariantOfType(Lookup(kVariantToQVariantTable, TypeCode(value)),
+                                          nullptr);
 }
 
 VariantType CodeFor(const QVariant& value) {
@@ -195,7 +191,8 @@ void QVariantUtil::VariantToQVariant(const base::variant::Variant* from, QVarian
   const int code = TypeCode(*from);
   if (code == base::variant::kNull) return;
   // A null target takes any type; a typed one only its own.
-  if (!to->isNull() && Lookup(kVariantToQVariantTable, code) != to->userType()) {
+  if (!qt_util::internal::IsNullAsInQt5(*to) &&
+      Lookup(kVariantToQVariantTable, code) != to->userType()) {
     report::VariantToQVariant(Failure::kNotSupport);
     return;
   }

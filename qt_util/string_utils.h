@@ -50,7 +50,8 @@ class QT_UTIL_EXPORT QFTextStreamLoader {
   static QString GetFileStream(const QString& path);
 
   /// Writes `content` as UTF-8 without a byte-order mark, appending to the file when
-  /// `append` is true and replacing its content otherwise. The directory must exist.
+  /// `append` is true and replacing its content otherwise. The directory must exist. A lone
+  /// surrogate is written as '?', except a high surrogate at the very end, which is left out.
   /// Returns false when the file cannot be opened for writing.
   static bool SaveFileStream(const QString& path, const QString& content, bool append);
 };

@@ -11,6 +11,7 @@
 #include <QWidget>
 
 #include "base/variant/variant.h"
+#include "qt_util/qt_compat_p.h"
 #include "qt_util/ui_util_p.h"
 #include "qt_util/ui_util_platform_noops.h"
 #include "qt_util/ui_util_window.h"
@@ -110,7 +111,8 @@ bool IsWidgetNeedUpdate(QWidget* widget, const base::variant::Variant* data) {
     if (record && *record == *data) return false;
   }
   const UpdateRecord record = std::make_shared<base::variant::Variant>(*data);
-  widget->setProperty(kUpdateRecordProperty, QVariant(g_update_record_type, &record));
+  widget->setProperty(kUpdateRecordProperty,
+                      qt_util::internal::VariantOfType(g_update_record_type, &record));
   return true;
 }
 

@@ -342,7 +342,7 @@ class tst_EventHooker : public QObject {
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     for (auto reason : {QContextMenuEvent::Mouse, QContextMenuEvent::Keyboard}) {
-      QContextMenuEvent menu(reason, QPoint(2, 2));
+      QContextMenuEvent menu(reason, QPoint(2, 2), QPoint(2, 2));
       QVERIFY(QCoreApplication::sendEvent(bar, &menu));
     }
     QCOMPARE(bar->Received(QEvent::ContextMenu), 0);
@@ -356,9 +356,9 @@ class tst_EventHooker : public QObject {
     Probe<QObject> plain;
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
-    QContextMenuEvent first(QContextMenuEvent::Mouse, QPoint(1, 1));
+    QContextMenuEvent first(QContextMenuEvent::Mouse, QPoint(1, 1), QPoint(1, 1));
     QCoreApplication::sendEvent(widget, &first);
-    QContextMenuEvent second(QContextMenuEvent::Mouse, QPoint(1, 1));
+    QContextMenuEvent second(QContextMenuEvent::Mouse, QPoint(1, 1), QPoint(1, 1));
     QCoreApplication::sendEvent(button, &second);
     QEvent bare(QEvent::ContextMenu);
     QCoreApplication::sendEvent(&plain, &bare);

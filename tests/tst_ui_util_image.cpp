@@ -208,11 +208,12 @@ void tst_UiUtilImage::path_goesThroughTheTheme() {
 }
 
 void tst_UiUtilImage::path_widget_usesItsWindowsRatio() {
-  // A window that is not created yet, placed on the ratio-3 screen: Qt 5.15 gives it the
-  // largest screen ratio of the application, Qt 6 the ratio of its screen; here both are 3.
+  // A window that is not created yet reports, on Qt 5, the largest screen ratio of the
+  // application, and on Qt 6 the ratio of the screen its geometry is on; placed on the x3 screen
+  // it reports 3 on both.
   QScreen* screen = test_support::AddVirtualScreen(QRect(5000, 0, 800, 600), 3.0, "x3");
   QWidget window;
-  window.move(5100, 100);
+  window.setGeometry(5100, 100, 200, 100);
   auto* child = new QWidget(&window);
   QCOMPARE(window.devicePixelRatioF(), 3.0);
   QCOMPARE(VxQtUiUtil::GetHdpiImagePath(child, kData + "/light/icon.png", ".png"),
@@ -307,7 +308,7 @@ void tst_UiUtilImage::image_widget_usesItsWindowsRatio() {
   QVERIFY(package.registered());
   QScreen* screen = test_support::AddVirtualScreen(QRect(5000, 0, 800, 600), 3.0, "x3");
   QWidget window;
-  window.move(5100, 100);  // on the ratio-3 screen, for Qt 6 (see path_widget_usesItsWindowsRatio)
+  window.setGeometry(5100, 100, 200, 100);  // see path_widget_usesItsWindowsRatio
   auto* child = new QWidget(&window);
   const QPixmap pixmap = VxQtUiUtil::GetHdpiImage(child, ":/light/icon");
   QCOMPARE(pixmap.devicePixelRatio(), 3.0);

@@ -29,10 +29,22 @@ namespace {
 
 constexpr char kUpdateProperty[] = "widget-update-data-Ha6z6e";
 
+constexpr char kUpdateRecordTypeName[] = "std::shared_ptr<framework::Variant>";
+
+// The meta type id of a type name. Qt 6 looks names up with QMetaType::fromName, Qt 5 with
+// QMetaType::type, which Qt 6 deprecates.
+int TypeIdNamed(const char* name) {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+  return QMetaType::fromName(name).id();
+#else
+  return QMetaType::type(name);
+#endif
+}
+
 // The record IsWidgetNeedUpdate keeps on a widget; empty when there is none of its type.
 UpdateRecord RecordOf(const QWidget& widget) {
   const QVariant value = widget.property(kUpdateProperty);
-  if (value.userType() != QMetaType::type("std::shared_ptr<framework::Variant>")) return {};
+  if (value.userType() != TypeIdNamed(kUpdateRecordTypeName)) return {};
   return *static_cast<const UpdateRecord*>(value.constData());
 }
 
@@ -533,8 +545,13 @@ void tst_UiUtilWindow::isWidgetNeedUpdate_recordIsASharedVariantUnderItsName() {
   Variant data(uint64_t{7});
   QVERIFY(VxQtUiUtil::IsWidgetNeedUpdate(&widget, &data));
   const QVariant value = widget.property(kUpdateProperty);
-  QCOMPARE(QByteArray(QMetaType::typeName(value.userType())),
-           QByteArray("std::shared_ptr<framework::Variant>"));
+  // The record's type is registered under the client's name. Qt 5 reports that name as the
+  // type's own; Qt 6 keeps the compiler's spelling of the type as its name and the client's as
+  // an alias that finds the same type.
+  QCOMPARE(value.userType(), TypeIdNamed(kUpdateRecordTypeName));
+  QCOMPARE(QByteArray(value.typeName()),
+           QByteArray(QT_VERSION_MAJOR >= 6 ? "std::shared_ptr<base::variant::Variant>"
+                                            : kUpdateRecordTypeName));
   const UpdateRecord record = RecordOf(widget);
   QVERIFY(record);
   QCOMPARE(*record, data);
@@ -553,7 +570,7 @@ void tst_UiUtilWindow::isWidgetNeedUpdate_recordIsASharedVariantUnderItsName() {
 
 void tst_UiUtilWindow::updateRecordType_isKnownBeforeTheFirstRecord() {
   // Run alone, nothing has called IsWidgetNeedUpdate yet: loading the library is enough.
-  const int id = QMetaType::type("std::shared_ptr<framework::Variant>");
+  const int id = TypeIdNamed(kUpdateRecordTypeName);
   QVERIFY(id != QMetaType::UnknownType);
   QWidget widget;
   const Variant data("x");

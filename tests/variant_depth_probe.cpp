@@ -38,7 +38,7 @@ int Fail(const std::string& message) {
 // document is built beforehand, on the main thread, without recursing.
 std::function<bool()> Work(const std::string& mode, bool maps, int depth) {
   const auto code = maps ? base::variant::kMap : base::variant::kArray;
-  const auto type = maps ? QVariant::Map : QVariant::List;
+  const auto type = maps ? QMetaType::QVariantMap : QMetaType::QVariantList;
   if (mode == "to-qt") {
     auto* document = new base::variant::Variant(test_support::DeepVariant(depth, code));
     return [document, depth] {

@@ -105,7 +105,7 @@ QColor JsonThemeManager::GetThemeQColor(const std::string& token) {
 
 QString JsonThemeManager::GetCurrentThemeResPath(const QString& path) {
   if (!Current().dark || rule_from_.isEmpty() || !path.startsWith(rule_from_)) return path;
-  return rule_to_ + path.midRef(rule_from_.size());
+  return rule_to_ + path.mid(rule_from_.size());
 }
 
 bool JsonThemeManager::IsCurrentDarkType() {

@@ -99,7 +99,8 @@ int RunEventHooks(QApplication& app, const QString& out_dir) {
   SendMouse(mute, QEvent::MouseButtonPress, Qt::LeftButton, mute->rect().center());
   SendMouse(mute, QEvent::MouseButtonRelease, Qt::LeftButton, QPoint(-20, -20));
 
-  QContextMenuEvent menu(QContextMenuEvent::Mouse, bar->rect().center());
+  QContextMenuEvent menu(QContextMenuEvent::Mouse, bar->rect().center(),
+                         bar->mapToGlobal(bar->rect().center()));
   const bool swallowed = QApplication::sendEvent(bar, &menu);
   gallery::Say(
       QStringLiteral("Context menu on the scroll bar swallowed: %1").arg(swallowed ? "yes" : "no"));

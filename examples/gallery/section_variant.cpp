@@ -95,10 +95,10 @@ QTreeWidgetItem* AddItem(QTreeWidgetItem* parent, const QString& key, const QVar
   auto* item = new QTreeWidgetItem(parent);
   item->setText(0, key);
   item->setText(1, QString::fromLatin1(value.typeName()));
-  if (value.type() == QVariant::List) {
+  if (value.userType() == QMetaType::QVariantList) {
     const QVariantList list = value.toList();
     for (int i = 0; i < list.size(); ++i) AddItem(item, QStringLiteral("[%1]").arg(i), list[i]);
-  } else if (value.type() == QVariant::Map) {
+  } else if (value.userType() == QMetaType::QVariantMap) {
     const QVariantMap map = value.toMap();
     for (auto it = map.cbegin(); it != map.cend(); ++it) AddItem(item, it.key(), it.value());
   } else {
@@ -134,7 +134,8 @@ int RunVariant(QApplication& app, const QString& out_dir) {
                               "qulonglong, the double as double.")
                    .arg(QString::fromLatin1(qt_settings.typeName()))
                    .arg(qt_settings.toMap().size()));
-  if (qt_settings.type() != QVariant::Map || qt_settings.toMap().size() != 4) ++failures;
+  if (qt_settings.userType() != QMetaType::QVariantMap || qt_settings.toMap().size() != 4)
+    ++failures;
 
   QTreeWidget tree;
   tree.setWindowTitle(QStringLiteral("Variant bridge"));

@@ -127,7 +127,7 @@ void RichTextSink::WriteText(const QString& text) {
   if (superscript) format.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
   if (subscript) format.setVerticalAlignment(QTextCharFormat::AlignSubScript);
   if (fontSize != kParserDefaultSize && fontSize > 0) format.setFontPointSize(fontSize);
-  if (fontName != kParserDefaultFont) format.setFontFamily(fontName);
+  if (fontName != kParserDefaultFont) format.setFontFamilies({fontName});
   format.setForeground(text_color_);
   InsertRun(text, format);
   ++text_runs_;

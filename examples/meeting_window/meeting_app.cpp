@@ -116,7 +116,8 @@ Figures TakeFigures() {
   QTUIMonitorHelper* monitor = QTUIMonitorHelper::SharedInstance();
   return {LiveObjects(), CustomEventUtils::PendingDeleteListInstance()->size(),
           QtEventObserver::ObserverCount(),
-          monitor->MonitorRectWidgets().size() + monitor->MonitorRectWebWidgets().size()};
+          static_cast<int>(monitor->MonitorRectWidgets().size() +
+                           monitor->MonitorRectWebWidgets().size())};
 }
 
 // One line per round, read by the soak test (a CMake script, so no semicolons): keep its

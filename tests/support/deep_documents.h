@@ -33,11 +33,12 @@ inline base::variant::Variant DeepVariant(int depth, base::variant::VariantType 
   return root;
 }
 
-inline QVariant DeepQVariant(int depth, QVariant::Type container) {
+inline QVariant DeepQVariant(int depth, QMetaType::Type container) {
   QVariant value(true);
   for (int i = 0; i < depth; ++i) {
-    value = container == QVariant::Map ? QVariant(QVariantMap{{QStringLiteral("k"), value}})
-                                       : QVariant(QVariantList{value});
+    value = container == QMetaType::QVariantMap
+                ? QVariant(QVariantMap{{QStringLiteral("k"), value}})
+                : QVariant(QVariantList{value});
   }
   return value;
 }
@@ -64,13 +65,13 @@ inline int QVariantDepth(const QVariant& root) {
   int depth = 0;
   QVariant level = root;
   for (;;) {
-    if (level.type() == QVariant::List && level.toList().size() == 1) {
+    if (level.userType() == QMetaType::QVariantList && level.toList().size() == 1) {
       level = level.toList().constFirst();
-    } else if (level.type() == QVariant::Map && level.toMap().size() == 1 &&
+    } else if (level.userType() == QMetaType::QVariantMap && level.toMap().size() == 1 &&
                level.toMap().contains(QStringLiteral("k"))) {
       level = level.toMap().value(QStringLiteral("k"));
     } else {
-      return level.type() == QVariant::Bool && level.toBool() ? depth : -1;
+      return level.userType() == QMetaType::Bool && level.toBool() ? depth : -1;
     }
     ++depth;
   }

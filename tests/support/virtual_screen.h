@@ -6,7 +6,8 @@
 //   ... code under test sees QGuiApplication::screens() grow and screenAdded emitted ...
 //   test_support::RemoveVirtualScreen(right);
 //
-// How the values reach QScreen (Qt 5.15 with high-DPI scaling off, the default here: no
+// How the values reach QScreen (Qt 5.15 with high-DPI scaling off, the default here, or Qt 6,
+// whose scaling is always on but whose factor is 1 at 96 dpi; either way no
 // Qt::AA_EnableHighDpiScaling, no QT_SCALE_FACTOR / QT_SCREEN_SCALE_FACTORS /
 // QT_AUTO_SCREEN_SCALE_FACTOR in the environment): Qt's own scale factor is 1, so
 //   QScreen::geometry()          == the platform geometry passed here, unchanged;
@@ -14,8 +15,10 @@
 //   QScreen::devicePixelRatio()  == the platform ratio passed here, unchanged.
 // The ratio does not shrink the geometry: a 2560x1440 screen at ratio 2 still reports a
 // 2560x1440 geometry. A QWindow that is not created yet reports its screen's ratio; a created
-// window asks its platform window, and the offscreen platform window always answers 1, so a
-// shown widget on the offscreen platform paints at ratio 1 whatever its screen. Code that needs
+// window asks its platform window. Qt 5's offscreen platform window always answers 1, so a
+// shown widget on the offscreen platform paints at ratio 1 whatever its screen; Qt 6's answers
+// its screen's ratio. (On Qt 6 the tests' offscreen screen is configured to Qt 5's 800x600 at
+// 96 dpi, so Qt's own factor stays 1 there as well.) Code that needs
 // a screen's ratio should ask the QScreen (QWidget::screen() / QWindow::screen()). With
 // high-DPI scaling on, Qt would divide the geometry by its own factor and multiply the ratio by
 // it; tests relying on the identity above must not turn it on.

@@ -7,11 +7,11 @@
 //   QVERIFY2(wm.Start(), qPrintable(wm.Error()));
 //
 // Start() returns once the window manager has taken over the screen (it announces itself with
-// _NET_SUPPORTING_WM_CHECK on the root), so windows shown after it are framed and stacked by
-// it. The process is stopped when the object goes away; should the test die first, the window
-// manager goes with the X server that xvfb-run ends. The window manager reads no user
-// configuration (the tests' XDG_CONFIG_HOME is a scratch directory) and writes its log into a
-// temporary directory.
+// _NET_SUPPORTING_WM_CHECK on the root and frames a window of its own), so windows shown after
+// it are framed and stacked by it. The process is stopped when the object goes away; should the
+// test die first, the window manager goes with the X server that xvfb-run ends. The window manager
+// reads no user configuration (the tests' XDG_CONFIG_HOME is a scratch directory) and writes its
+// log into a temporary directory.
 //
 // Link xcb.
 
@@ -72,6 +72,14 @@ class WindowManager {
       }
       QThread::msleep(20);
     }
+    // Announcing itself is not yet managing: a window mapped shortly after openbox sets the
+    // check window is never framed (and, on Qt 6's xcb platform, never exposed). A window of
+    // our own that it frames shows it is past that point.
+    if (!FramesANewWindow(deadline)) {
+      error_ = QStringLiteral("openbox did not frame a window in time");
+      Stop();
+      return false;
+    }
     return true;
   }
 
@@ -114,6 +122,35 @@ class WindowManager {
         &std::free);
     if (!reply || xcb_get_property_value_length(reply.get()) != 4) return XCB_WINDOW_NONE;
     return *static_cast<xcb_window_t*>(xcb_get_property_value(reply.get()));
+  }
+
+  // Maps small windows on a connection of its own until the window manager reparents one into
+  // a frame: a window mapped while it is still starting is never managed, so each try gets a
+  // quarter of a second and then a new window. The windows go again either way.
+  static bool FramesANewWindow(const QDeadlineTimer& deadline) {
+    std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(nullptr, nullptr), &xcb_disconnect);
+    if (xcb_connection_has_error(connection.get())) return false;
+    xcb_connection_t* c = connection.get();
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
+    bool framed = false;
+    while (!framed && !deadline.hasExpired()) {
+      const xcb_window_t window = xcb_generate_id(c);
+      xcb_create_window(c, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 10, 10, 0,
+                        XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
+      xcb_map_window(c, window);
+      xcb_flush(c);
+      const QDeadlineTimer try_deadline(250);
+      while (!framed && !try_deadline.hasExpired()) {
+        std::unique_ptr<xcb_query_tree_reply_t, decltype(&std::free)> tree(
+            xcb_query_tree_reply(c, xcb_query_tree(c, window), nullptr), &std::free);
+        framed = tree && tree->parent != screen->root;
+        if (!framed) QThread::msleep(20);
+      }
+      xcb_destroy_window(c, window);
+      xcb_flush(c);
+    }
+    return framed;
   }
 
   QTemporaryDir cache_;
