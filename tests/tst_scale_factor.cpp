@@ -10,12 +10,11 @@
 // - A screen keeps its top-left and has its size divided by the factor, rounded to nearest: the
 //   monitor at (1920, 0) of 1280 x 1024 platform pixels is (1920, 0, 1024 x 819) at 1.25, so
 //   logical space gets gaps between screens.
-// - A shown window on the offscreen platform paints at the factor (its platform window's ratio
-//   is 1), whatever its screen.
+// - A window shown on the platform's screen (ratio 1) paints at the factor.
 // Where the two Qt versions differ, a row says so with kQt6 and a comment naming the change.
 //
 // The desktop of every test: the offscreen platform's screen, primary, at the origin (800 x 600
-// platform pixels on Qt 5.15, 800 x 800 on Qt 6: rows stay inside 800 x 600), a monitor left of
+// platform pixels; Qt 6's own default is 800 x 800, which the rows also fit), a monitor left of
 // it, one right of it, and a monitor of platform ratio 1.5 far right.
 #include <qpa/qplatformwindow.h>
 
