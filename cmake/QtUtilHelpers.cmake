@@ -1,12 +1,13 @@
 # qt_util_add_test(NAME <name> [SOURCES <extra sources>...] [LIBS <libraries>...]
-#                  [X11] [TIMEOUT <seconds>])
+#                  [X11] [TIMEOUT <seconds>] [ENVIRONMENT <VAR=value>...])
 #
 # Builds tests/tst_<name>.cpp (plus any extra sources) into the executable tst_<name>, links it
 # against qt_util, QtTest and the test support headers, and registers it with CTest.
 # Tests run on the offscreen platform; X11 runs them under xvfb-run with the xcb platform
-# instead, for the few that need a real X server (label "x11").
+# instead, for the few that need a real X server (label "x11"). ENVIRONMENT adds variables to
+# the tests' common environment (QT_SCALE_FACTOR=1.5, say).
 function(qt_util_add_test)
-  cmake_parse_arguments(ARG "X11" "NAME;TIMEOUT" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "X11" "NAME;TIMEOUT" "SOURCES;LIBS;ENVIRONMENT" ${ARGN})
   if(NOT ARG_NAME)
     message(FATAL_ERROR "qt_util_add_test: NAME is required")
   endif()
@@ -25,16 +26,16 @@ function(qt_util_add_test)
     set(x11 X11)
   endif()
   qt_util_add_command_test(NAME ${ARG_NAME} ${x11} TIMEOUT ${ARG_TIMEOUT}
-                           COMMAND $<TARGET_FILE:${target}>)
+                           COMMAND $<TARGET_FILE:${target}> ENVIRONMENT ${ARG_ENVIRONMENT})
 endfunction()
 
 # qt_util_add_command_test(NAME <name> COMMAND <command> [<arg>...] [X11] [TIMEOUT <seconds>]
-#                          [LABELS <label>...])
+#                          [LABELS <label>...] [ENVIRONMENT <VAR=value>...])
 #
 # Registers a command with CTest in the tests' environment: on the offscreen platform, or with
-# X11 under xvfb-run with the xcb platform (label "x11").
+# X11 under xvfb-run with the xcb platform (label "x11"). ENVIRONMENT adds to that environment.
 function(qt_util_add_command_test)
-  cmake_parse_arguments(ARG "X11" "NAME;TIMEOUT" "COMMAND;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "X11" "NAME;TIMEOUT" "COMMAND;LABELS;ENVIRONMENT" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
@@ -50,7 +51,7 @@ function(qt_util_add_command_test)
   if(labels)
     set_tests_properties(${ARG_NAME} PROPERTIES LABELS "${labels}")
   endif()
-  set(environment ${QT_UTIL_TEST_ENVIRONMENT} "QT_QPA_PLATFORM=${platform}")
+  set(environment ${QT_UTIL_TEST_ENVIRONMENT} "QT_QPA_PLATFORM=${platform}" ${ARG_ENVIRONMENT})
   if(ARG_X11 AND QT_UTIL_SANITIZE)
     # The xcb platform needs two relaxations that concern system libraries only:
     # libxkbcommon-x11 hands strndup a buffer that is not zero-terminated (legal, but strict

@@ -17,8 +17,10 @@ class QRect;
 /// HiDPI pixmaps (a device pixel ratio other than 1, such as the "@2x" variants that
 /// VxQtUiUtil::GetHdpiImage returns) keep their ratio: the result has the input's ratio and
 /// size in device pixels, and the whole image is worked on. A radius is given in logical
-/// pixels, the units a widget paints in, and is applied as radius x ratio device pixels; this
-/// holds for fractional ratios (1.5) too. At ratio 1 nothing of this changes a pixel.
+/// pixels, the units a widget paints in, and is applied as radius x ratio device pixels without
+/// rounding; this holds for fractional ratios too: a widget grabbed under QT_SCALE_FACTOR=1.25
+/// and rounded by 7 gets corners of 8.75 device pixels, the pixels its ratio-1 copy gets with
+/// radius 8.75. At ratio 1 nothing of this changes a pixel.
 class QT_UTIL_EXPORT QTImageUtils {
  public:
   /// MakeRoundRectImage with half the height as the radius (integer half: a height of 41 gives
@@ -32,11 +34,10 @@ class QT_UTIL_EXPORT QTImageUtils {
   /// them, at the input's device pixel ratio. A null pixmap is returned as it is; a radius of 0
   /// or less leaves every pixel as it was.
   ///
-  /// Use this for what a widget paints at its own ratio (avatars, icons from GetHdpiImage): the
-  /// radius means the same on every screen and the result needs no further care.
-  /// VxQtUiUtil::GetHasRadiusPixmap (qt_util/ui_util.h) rounds in device pixels instead, with
-  /// an integer radius and a result of ratio 1; use it where the caller works in device pixels
-  /// and sets the ratio itself.
+  /// Use this for avatars and pictures whose radius is fractional or follows their height.
+  /// VxQtUiUtil::GetHasRadiusPixmap (qt_util/ui_util.h) keeps the ratio and counts its radius in
+  /// logical pixels too, but takes a whole-pixel radius and clips instead of masking; it suits
+  /// the icons of VxQtUiUtil's HiDPI lookup.
   static QPixmap MakeRoundRectImage(const QPixmap& pixmap, float radius);
 
   /// A pixmap of `rect.size()`: opaque black outside a rounded rectangle of `radius` (negative

@@ -57,7 +57,10 @@ class QT_UTIL_EXPORT QTPaintRectHelper : public QObject {
   };
 
   /// The callback: the bound widget, the visible flag and the rectangle in Qt's global
-  /// (screen) coordinates.
+  /// (screen) coordinates. Those are logical pixels at every scale factor: under
+  /// QT_SCALE_FACTOR 1.25, 1.5 or 2 the rectangle has the numbers it has at 1, on Qt 5.15 and
+  /// Qt 6 alike, and moves by exactly as many pixels as the window does. Device pixels come from
+  /// VxQtUiUtil::TranslatePointFromQt and VxQtUiUtil::GetWindowPixelRect.
   using Callback = std::function<void(QWidget*, bool, QRect)>;
 
   /// An unbound helper.

@@ -5,6 +5,13 @@
 /// suits a pixel ratio, SVG images rendered at a size, rounded pixmaps, and the client's compiled
 /// Qt resource packages. GUI thread only (QPixmap, QPixmapCache). Include \<QPixmap> where a
 /// call needs it complete.
+///
+/// A fractional ratio takes the next whole step up, never a rounded one: 1.25, 1.5 and 2 give
+/// the "@2x" file (at ratio 2, which Qt scales down to the screen when painting it), 2.25 and
+/// anything above 2 the "@3x" file. The widget overloads take the ratio of the widget's window,
+/// which includes Qt's own scale factor (QT_SCALE_FACTOR): a window shown on a screen of ratio
+/// 1 under QT_SCALE_FACTOR=1.5 has ratio 1.5. For a window that is not created yet, Qt 5.15
+/// gives the largest ratio of all screens and Qt 6 the ratio of the screen the window is on.
 
 #include <QSize>
 #include <QString>
@@ -60,7 +67,9 @@ QT_UTIL_EXPORT bool IsImageSvgType(const QString& path);
 /// copy of the same size). A null pixmap is returned as it is. The copy keeps the input's size
 /// in device pixels and its device pixel ratio, and `radius` counts in logical pixels: a ratio-2
 /// pixmap from GetHdpiImage gets corners of `radius` * 2 device pixels, so that it looks on its
-/// screen as the ratio-1 picture does on one of ratio 1.
+/// screen as the ratio-1 picture does on one of ratio 1. The product is not rounded: at ratio
+/// 1.25 a radius of 8 gives the pixels a ratio-1 pixmap gets with radius 10, and a radius of 7
+/// corners of 8.75 device pixels.
 ///
 /// QTImageUtils::MakeRoundRectImage (qt_util/image_utils.h) rounds too, through a corner mask
 /// and with a fractional radius, and QTImageUtils::MakeRoundImage rounds by half the height. Use

@@ -17,17 +17,36 @@
 namespace VxQtUiUtil {
 namespace {
 
-// A device-pixel coordinate truncated toward zero. Absurd ratios could take it past the int
-// range, where a plain cast is undefined; those clamp to the range's ends instead.
+constexpr int64_t kIntMin = std::numeric_limits<int>::min();
+constexpr int64_t kIntMax = std::numeric_limits<int>::max();
+
+// A whole number of device pixels as an int. Absurd ratios or positions could take it past the
+// int range, where a plain cast is undefined; those clamp to the range's ends instead.
+int ToInt(double whole) {
+  if (!(whole == whole)) return 0;  // NaN from a broken platform ratio
+  if (whole >= static_cast<double>(kIntMax)) return static_cast<int>(kIntMax);
+  if (whole <= static_cast<double>(kIntMin)) return static_cast<int>(kIntMin);
+  return static_cast<int>(whole);
+}
+
+// A device-pixel coordinate truncated toward zero.
 int TruncateToInt(double value) {
-  if (!(value == value)) return 0;  // NaN from a broken platform ratio
-  if (value >= static_cast<double>(std::numeric_limits<int>::max())) {
-    return std::numeric_limits<int>::max();
-  }
-  if (value <= static_cast<double>(std::numeric_limits<int>::min())) {
-    return std::numeric_limits<int>::min();
-  }
-  return static_cast<int>(value);
+  return ToInt(std::trunc(value));
+}
+
+// A device-pixel value rounded to nearest, halves up (toward +infinity), as Qt 5.15's qRound
+// does. Not qRound itself: Qt 6's rounds halves away from zero, so a window at x = -1001 on a
+// screen of ratio 1.5 would start at -1502 on one build and at -1501 on the other.
+int RoundHalfUpToInt(double value) {
+  return ToInt(std::floor(value + 0.5));
+}
+
+// `start` moved, if need be, so that the span [start, start + span] (inclusive edges) lies
+// within the int range: a QRect built from it then computes its edges without overflow.
+int KeepSpanInRange(int64_t start, int64_t span) {
+  const int64_t lowest = std::max(kIntMin, kIntMin - span);
+  const int64_t highest = std::min(kIntMax, kIntMax - span);
+  return static_cast<int>(std::clamp(start, lowest, highest));
 }
 
 // One axis of CorrectRect: the new start of the span [start, end] (inclusive edges) after
@@ -39,11 +58,7 @@ int FitEdge(int start, int end, int64_t min_start, int64_t max_end) {
   int64_t moved = start;
   if (int64_t{end} > max_end) moved = max_end - span;
   if (moved < min_start) moved = min_start;
-  const int64_t lowest = std::max<int64_t>(std::numeric_limits<int>::min(),
-                                           int64_t{std::numeric_limits<int>::min()} - span);
-  const int64_t highest = std::min<int64_t>(std::numeric_limits<int>::max(),
-                                            int64_t{std::numeric_limits<int>::max()} - span);
-  return static_cast<int>(std::clamp(moved, lowest, highest));
+  return KeepSpanInRange(moved, span);
 }
 
 enum class Axes { kBoth, kVertical, kHorizontal };
@@ -221,11 +236,18 @@ QRect GetWindowPixelRect(QWidget* widget) {
   const QScreen* screen = widget->screen();
   if (!screen) screen = QGuiApplication::primaryScreen();
   if (!screen) return QRect();
-  const qreal ratio = screen->devicePixelRatio();
+  const double ratio = screen->devicePixelRatio();
   const QRect g = widget->geometry();
   // Unlike TranslatePointFromQt, the whole position is scaled and rounded: this is the window
-  // as a pixel buffer, not a point on the native desktop.
-  return QRect(g.topLeft() * ratio, g.size() * ratio);
+  // as a pixel buffer, not a point on the native desktop. The size is what the buffer has; a
+  // position past the int range gives way to it.
+  const int64_t width = RoundHalfUpToInt(g.width() * ratio);
+  const int64_t height = RoundHalfUpToInt(g.height() * ratio);
+  const int64_t left = KeepSpanInRange(RoundHalfUpToInt(g.left() * ratio), width - 1);
+  const int64_t top = KeepSpanInRange(RoundHalfUpToInt(g.top() * ratio), height - 1);
+  // Built from its corners: QRect(left, top, width, height) adds left and width before taking
+  // the one off, which overflows for a rect that ends at the very end of the int range.
+  return QRect(QPoint(int(left), int(top)), QPoint(int(left + width - 1), int(top + height - 1)));
 }
 
 float GetDPIScale() {

@@ -8,6 +8,10 @@
 class QWidget;
 
 /// Scale factors (device pixel ratios) of the screens the client runs on. GUI thread.
+///
+/// A ratio is QScreen::devicePixelRatio() as a float: the platform's ratio times Qt's own scale
+/// factor (QT_SCALE_FACTOR), unrounded on Qt 5.15 and Qt 6 alike, so 1.25, 1.5 and 1.875 come
+/// back as they are.
 class TALVEX_FRAMEWORK_EXPORT DPIHelper {
  public:
   /// The primary screen's device pixel ratio when first asked; later screen changes do not

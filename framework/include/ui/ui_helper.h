@@ -15,6 +15,8 @@ class TALVEX_FRAMEWORK_EXPORT UIHelper {
   /// pixel ratio, truncating (logical x maps to left + (x - left) * ratio). The first screen in
   /// QGuiApplication::screens() whose stretched rectangle holds the point maps it back to the
   /// smallest logical point that maps to it, so every logical point survives a round trip on a
-  /// screen of ratio 1 or more. A point on no screen comes back unchanged.
+  /// screen of ratio 1 or more, fractional ratios included. A native point past the device
+  /// pixel of the screen's last logical pixel gives that last pixel. A point on no screen comes
+  /// back unchanged.
   static QPoint QPointFromNative(const QPoint& native);
 };
