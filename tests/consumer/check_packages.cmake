@@ -4,7 +4,8 @@
 # four into one scratch root (never into the machine itself) and checks that every package's
 # files are there intact, runs lintian on the four, and builds and runs the consumer project
 # against that root for each build, through the CMake package and through pkg-config.
-#   -DSOURCE_DIR=<tests/consumer> -DWORK_DIR=<scratch; the package builds are kept there>
+#   -DSOURCE_DIR=<tests/consumer> -DWORK_DIR=<scratch>
+#   -DBUILDS_DIR=<where the two package builds are kept between runs>
 #   -DVERSION=<project version> -DLIBDIR=<library directory under /usr, e.g.
 #   lib/x86_64-linux-gnu> -DHEADERS_FILE=<file listing the installed headers>
 #   [-DLAUNCHER=<compiler launcher for the package builds>]
@@ -42,7 +43,7 @@ endmacro()
 
 foreach(build IN LISTS builds)
   read_row("${build}")
-  run(${CMAKE_COMMAND} -DQT_MAJOR=${major} -DBUILD_DIR=${WORK_DIR}/build-qt${major}
+  run(${CMAKE_COMMAND} -DQT_MAJOR=${major} -DBUILD_DIR=${BUILDS_DIR}/build-qt${major}
       -DOUTPUT_DIR=${debs} -DLAUNCHER=${LAUNCHER}
       -P ${CMAKE_CURRENT_LIST_DIR}/../../cmake/QtUtilMakePackages.cmake)
 endforeach()
