@@ -1,6 +1,10 @@
 #!/usr/bin/env python3
 """Turns the JSON results of scripts/run-bench into one Markdown table per benchmark program
-and writes docs/benchmarks.md with the machine and the date."""
+and writes them, with the machine and the date, into the section of docs/benchmarks.md for the
+Qt they were built with. The section of the other Qt is kept as the file has it, so that a run
+on one Qt never erases the other's figures.
+
+    bench/report.py RESULTS_DIR OUT.md QT_VERSION"""
 import datetime
 import json
 import os
@@ -58,29 +62,82 @@ def table(path):
     return "\n".join(lines)
 
 
-def main():
-    results, out = sys.argv[1], sys.argv[2]
+HEADER = """# Benchmarks
+
+Written by `scripts/run-bench` (release build, median of 3 repetitions): one section per Qt the
+benchmarks were built with (`scripts/run-bench --qt6` writes the Qt 6 one), each from its own run.
+Ratios `x_<baseline>` are the row's time per item divided by the named baseline's, measured in
+the same run, so with the same Qt. Targets, how these figures meet them, and notes on them:
+[benchmark-notes.md](benchmark-notes.md).
+"""
+
+# Sections in the order they appear; a Qt major version maps to one of them.
+SECTIONS = {"5": "Qt 5.15", "6": "Qt 6"}
+
+
+def section_title(qt_version):
+    major = qt_version.split(".", 1)[0]
+    if major not in SECTIONS:
+        sys.exit(f"report.py: no section for Qt {qt_version}")
+    return SECTIONS[major]
+
+
+def read_sections(path):
+    """The sections of an existing file by title, each with its lines below the title. A title
+    that names no Qt stops the run: rewriting the file would lose that section."""
+    sections = {}
+    try:
+        with open(path) as f:
+            lines = f.read().splitlines()
+    except FileNotFoundError:
+        return sections
+    title = None
+    for line in lines:
+        if line.startswith("## "):
+            title = line[3:].strip()
+            if title not in SECTIONS.values():
+                sys.exit(f"report.py: {path} has a section '{title}' that names no Qt")
+            sections[title] = []
+        elif title is not None:
+            sections[title].append(line)
+    return sections
+
+
+def new_section(results, qt_version):
+    compiler = subprocess.run(["c++", "--version"], capture_output=True, text=True)
     parts = [
-        "# Benchmarks",
-        "",
-        "Written by `scripts/run-bench` (release build, median of 3 repetitions). Ratios `x_<baseline>`",
-        "are the row's time per item divided by the named baseline's, measured in the same run.",
         "",
         f"- Date: {datetime.date.today().isoformat()}",
+        f"- Qt: {qt_version}",
         f"- Machine: {cpu_model()}, {os.cpu_count()} cores, {platform.system()} {platform.release()}",
-        f"- Compiler: {subprocess.run(['c++', '--version'], capture_output=True, text=True).stdout.splitlines()[0]}",
+        f"- Compiler: {compiler.stdout.splitlines()[0]}",
         "",
     ]
     for name in sorted(os.listdir(results)):
         if not name.endswith(".json"):
             continue
-        parts.append(f"## {name[:-5]}")
+        parts.append(f"### {name[:-5]}")
         parts.append("")
         parts.append(table(os.path.join(results, name)))
         parts.append("")
-    # The targets and verdicts are written once, in benchmark-notes.md; this page only points there.
-    parts.append("Targets, how these figures meet them, and notes on them: "
-                 "[benchmark-notes.md](benchmark-notes.md).")
+    return parts
+
+
+def main():
+    if len(sys.argv) != 4:
+        sys.exit("usage: report.py RESULTS_DIR OUT.md QT_VERSION")
+    results, out, qt_version = sys.argv[1:]
+    sections = read_sections(out)
+    sections[section_title(qt_version)] = new_section(results, qt_version)
+    parts = [HEADER.rstrip("\n")]
+    for title in SECTIONS.values():
+        if title in sections:
+            body = sections[title]
+            while body and not body[-1].strip():
+                body = body[:-1]
+            parts.append("")
+            parts.append(f"## {title}")
+            parts.extend(body)
     parts.append("")
     with open(out, "w") as f:
         f.write("\n".join(parts))

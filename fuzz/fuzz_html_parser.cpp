@@ -48,10 +48,10 @@ QString WithoutComments(const QString& html) {
 
 // What the input allows the parser to produce, counted before the conversion.
 struct InputFacts {
-  int length;
-  int tagStarts;
-  int semicolons;
-  int equalsSigns;
+  qsizetype length;
+  qsizetype tagStarts;
+  qsizetype semicolons;
+  qsizetype equalsSigns;
   bool outputAlwaysOn;
 };
 
@@ -291,7 +291,7 @@ void Convert(const QString& html) {
 // a QString keeps after its end: a read one past the end, which an ordinary QString would answer
 // with that NUL, becomes a heap overflow that ASan reports.
 void ConvertWithoutTerminator(const QString& decoded) {
-  const int length = decoded.size();
+  const qsizetype length = decoded.size();
   std::unique_ptr<QChar[]> buffer(new QChar[static_cast<size_t>(length)]);
   std::copy(decoded.cbegin(), decoded.cend(), buffer.get());
   Convert(QString::fromRawData(buffer.get(), length));

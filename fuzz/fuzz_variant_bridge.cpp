@@ -19,6 +19,7 @@
 #include "base/common/include/logger.h"
 #include "base/log/log.h"
 #include "base/variant/variant.h"
+#include "qt_util/qt_compat_p.h"
 #include "qt_util/qt_variant_utils.h"
 
 namespace {
@@ -158,7 +159,7 @@ QVariant MakeQVariant(Reader& in, int depth) {
     case 12:
       return QVariant(QByteArray::fromStdString(in.Text()));
     case 13:
-      return QVariant(QVariant::Int);  // valid, typed, null
+      return qt_util::internal::VariantOfType(QMetaType::Int, nullptr);  // valid, typed, null
     case 14:
       return QVariant(QVariantHash{{in.QtText(), true}});
     default:
@@ -172,7 +173,7 @@ QVariant MakeQtTarget(Reader& in) {
     case 0:
       return QVariant();
     case 1:
-      return QVariant(QVariant::List);
+      return qt_util::internal::VariantOfType(QMetaType::QVariantList, nullptr);
     case 2:
       return QVariant(true);
     case 3:
@@ -222,23 +223,24 @@ struct Failures {
   int need_impl = 0;
 };
 
-// The QVariant type a Variant code converts to; Invalid for the codes that are refused.
-QVariant::Type QtTypeOfCode(int code) {
+// The QVariant type id a Variant code converts to; UnknownType (an invalid QVariant's) for the
+// codes that are refused.
+int QtTypeOfCode(int code) {
   switch (code) {
     case base::variant::kBoolean:
-      return QVariant::Bool;
+      return QMetaType::Bool;
     case base::variant::kString:
-      return QVariant::String;
+      return QMetaType::QString;
     case base::variant::kUint64:
-      return QVariant::ULongLong;
+      return QMetaType::ULongLong;
     case base::variant::kDouble:
-      return QVariant::Double;
+      return QMetaType::Double;
     case base::variant::kArray:
-      return QVariant::List;
+      return QMetaType::QVariantList;
     case base::variant::kMap:
-      return QVariant::Map;
+      return QMetaType::QVariantMap;
     default:
-      return QVariant::Invalid;
+      return QMetaType::UnknownType;
   }
 }
 
@@ -246,7 +248,7 @@ QVariant::Type QtTypeOfCode(int code) {
 // UInt included).
 VariantType CodeOfQtType(int type) {
   for (int code = 1; code < 8; ++code) {
-    if (code != base::variant::kPointer && static_cast<int>(QtTypeOfCode(code)) == type) {
+    if (code != base::variant::kPointer && QtTypeOfCode(code) == type) {
       return static_cast<VariantType>(code);
     }
   }
@@ -256,7 +258,7 @@ VariantType CodeOfQtType(int type) {
 QVariant ExpectedQt(const Variant& from, const QVariant& target, Failures& failures) {
   const int code = from.GetType();
   if (code == base::variant::kNull) return target;
-  if (!target.isNull() && QtTypeOfCode(code) != target.type()) {
+  if (!target.isNull() && QtTypeOfCode(code) != target.userType()) {
     ++failures.not_support;
     return target;
   }
@@ -297,40 +299,41 @@ std::string Utf8UpToNul(const QString& text) {
 
 Variant ExpectedFramework(const QVariant& from, const Variant& target, Failures& failures) {
   if (!from.isValid()) return target;
-  if (target.GetType() != base::variant::kNull && CodeOfQtType(from.type()) != target.GetType()) {
+  if (target.GetType() != base::variant::kNull &&
+      CodeOfQtType(from.userType()) != target.GetType()) {
     ++failures.not_support;
     return target;
   }
-  switch (from.type()) {
-    case QVariant::Bool:
+  switch (from.userType()) {
+    case QMetaType::Bool:
       return Variant(from.toBool());
-    case QVariant::Int:
+    case QMetaType::Int:
       return Variant(from.toInt());
-    case QVariant::UInt:
+    case QMetaType::UInt:
       return Variant(from.toUInt());
-    case QVariant::ULongLong:
+    case QMetaType::ULongLong:
       // Low 32 bits, sign-extended.
       return Variant(static_cast<int>(
           static_cast<int32_t>(static_cast<uint32_t>(from.toULongLong() & 0xFFFFFFFFu))));
-    case QVariant::Double:
+    case QMetaType::Double:
       return Variant(from.toDouble(), false);
-    case QVariant::String:
+    case QMetaType::QString:
       return Variant(Utf8UpToNul(from.toString()));
-    case QVariant::List: {
+    case QMetaType::QVariantList: {
       Variant result = target;
       for (const QVariant& element : from.toList()) {
         result.Add(Variant());
         const_cast<Variant&>(result.AsArray().back()) =
-            ExpectedFramework(element, Variant(CodeOfQtType(element.type())), failures);
+            ExpectedFramework(element, Variant(CodeOfQtType(element.userType())), failures);
       }
       return result;
     }
-    case QVariant::Map: {
+    case QMetaType::QVariantMap: {
       Variant result = target;
       const QVariantMap map = from.toMap();
       for (auto it = map.cbegin(); it != map.cend(); ++it) {
         result[Utf8UpToNul(it.key())] =
-            ExpectedFramework(it.value(), Variant(CodeOfQtType(it.value().type())), failures);
+            ExpectedFramework(it.value(), Variant(CodeOfQtType(it.value().userType())), failures);
       }
       return result;
     }
@@ -347,13 +350,13 @@ bool SameBits(double a, double b) {
 }
 
 bool SameQt(const QVariant& a, const QVariant& b) {
-  if (a.type() != b.type() || a.isValid() != b.isValid()) return false;
-  switch (a.type()) {
-    case QVariant::Invalid:
+  if (a.userType() != b.userType() || a.isValid() != b.isValid()) return false;
+  switch (a.userType()) {
+    case QMetaType::UnknownType:
       return true;
-    case QVariant::Double:
+    case QMetaType::Double:
       return SameBits(a.toDouble(), b.toDouble());
-    case QVariant::List: {
+    case QMetaType::QVariantList: {
       const QVariantList x = a.toList(), y = b.toList();
       if (x.size() != y.size()) return false;
       for (int i = 0; i < x.size(); ++i) {
@@ -361,7 +364,7 @@ bool SameQt(const QVariant& a, const QVariant& b) {
       }
       return true;
     }
-    case QVariant::Map: {
+    case QMetaType::QVariantMap: {
       const QVariantMap x = a.toMap(), y = b.toMap();
       if (x.keys() != y.keys()) return false;
       for (auto it = x.cbegin(), jt = y.cbegin(); it != x.cend(); ++it, ++jt) {
