@@ -1,13 +1,14 @@
 # qt_util_add_test(NAME <name> [SOURCES <extra sources>...] [LIBS <libraries>...]
-#                  [X11] [TIMEOUT <seconds>] [ENVIRONMENT <VAR=value>...])
+#                  [X11 | WAYLAND] [TIMEOUT <seconds>] [ENVIRONMENT <VAR=value>...])
 #
 # Builds tests/tst_<name>.cpp (plus any extra sources) into the executable tst_<name>, links it
 # against qt_util, QtTest and the test support headers, and registers it with CTest.
 # Tests run on the offscreen platform; X11 runs them under xvfb-run with the xcb platform
-# instead, for the few that need a real X server (label "x11"). ENVIRONMENT adds variables to
+# instead, for the few that need a real X server (label "x11"), and WAYLAND under
+# scripts/weston-run on Qt's Wayland platform (label "wayland"). ENVIRONMENT adds variables to
 # the tests' common environment (QT_SCALE_FACTOR=1.5, say).
 function(qt_util_add_test)
-  cmake_parse_arguments(ARG "X11" "NAME;TIMEOUT" "SOURCES;LIBS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(ARG "X11;WAYLAND" "NAME;TIMEOUT" "SOURCES;LIBS;ENVIRONMENT" ${ARGN})
   if(NOT ARG_NAME)
     message(FATAL_ERROR "qt_util_add_test: NAME is required")
   endif()
@@ -21,21 +22,25 @@ function(qt_util_add_test)
   target_compile_definitions(${target} PRIVATE
     QT_UTIL_TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}/data")
 
-  set(x11)
+  set(window_system)
   if(ARG_X11)
-    set(x11 X11)
+    set(window_system X11)
+  elseif(ARG_WAYLAND)
+    set(window_system WAYLAND)
   endif()
-  qt_util_add_command_test(NAME ${ARG_NAME} ${x11} TIMEOUT ${ARG_TIMEOUT}
+  qt_util_add_command_test(NAME ${ARG_NAME} ${window_system} TIMEOUT ${ARG_TIMEOUT}
                            COMMAND $<TARGET_FILE:${target}> ENVIRONMENT ${ARG_ENVIRONMENT})
 endfunction()
 
-# qt_util_add_command_test(NAME <name> COMMAND <command> [<arg>...] [X11] [TIMEOUT <seconds>]
-#                          [LABELS <label>...] [ENVIRONMENT <VAR=value>...])
+# qt_util_add_command_test(NAME <name> COMMAND <command> [<arg>...] [X11 | WAYLAND]
+#                          [TIMEOUT <seconds>] [LABELS <label>...] [ENVIRONMENT <VAR=value>...])
 #
-# Registers a command with CTest in the tests' environment: on the offscreen platform, or with
-# X11 under xvfb-run with the xcb platform (label "x11"). ENVIRONMENT adds to that environment.
+# Registers a command with CTest in the tests' environment: on the offscreen platform, with X11
+# under xvfb-run with the xcb platform (label "x11"), or with WAYLAND under scripts/weston-run, a
+# headless weston of its own, on Qt's Wayland platform (label "wayland"; QT_UTIL_WESTON_SCALE in
+# ctest's environment sets the compositor's output scale). ENVIRONMENT adds to that environment.
 function(qt_util_add_command_test)
-  cmake_parse_arguments(ARG "X11" "NAME;TIMEOUT" "COMMAND;LABELS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(ARG "X11;WAYLAND" "NAME;TIMEOUT" "COMMAND;LABELS;ENVIRONMENT" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
@@ -44,6 +49,10 @@ function(qt_util_add_command_test)
     add_test(NAME ${ARG_NAME} COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" ${ARG_COMMAND})
     set(platform xcb)
     list(APPEND labels x11)
+  elseif(ARG_WAYLAND)
+    add_test(NAME ${ARG_NAME} COMMAND ${PROJECT_SOURCE_DIR}/scripts/weston-run ${ARG_COMMAND})
+    set(platform wayland)
+    list(APPEND labels wayland)
   else()
     add_test(NAME ${ARG_NAME} COMMAND ${ARG_COMMAND})
     set(platform ${QT_UTIL_TEST_OFFSCREEN})
@@ -52,11 +61,11 @@ function(qt_util_add_command_test)
     set_tests_properties(${ARG_NAME} PROPERTIES LABELS "${labels}")
   endif()
   set(environment ${QT_UTIL_TEST_ENVIRONMENT} "QT_QPA_PLATFORM=${platform}" ${ARG_ENVIRONMENT})
-  if(ARG_X11 AND QT_UTIL_SANITIZE)
-    # The xcb platform needs two relaxations that concern system libraries only:
-    # libxkbcommon-x11 hands strndup a buffer that is not zero-terminated (legal, but strict
-    # string checks flag it), and Qt's xcb plugin allocates through libdbus, whose leak
-    # reports reach the suppressed plugin only with full unwinding.
+  if((ARG_X11 OR ARG_WAYLAND) AND QT_UTIL_SANITIZE)
+    # The xcb and Wayland platforms need two relaxations that concern system libraries only:
+    # libxkbcommon hands strndup a buffer that is not zero-terminated (legal, but strict string
+    # checks flag it), and Qt's platform plugins allocate through libdbus and libwayland-client,
+    # whose leak reports reach the suppressed plugin only with full unwinding.
     list(APPEND environment
       "ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:strict_string_checks=0:fast_unwind_on_malloc=0")
   endif()
