@@ -1,14 +1,15 @@
 # qt_util_add_test(NAME <name> [SOURCES <extra sources>...] [LIBS <libraries>...]
-#                  [X11 | WAYLAND] [TIMEOUT <seconds>] [ENVIRONMENT <VAR=value>...])
+#                  [X11 | WAYLAND [SEAT]] [TIMEOUT <seconds>] [ENVIRONMENT <VAR=value>...])
 #
 # Builds tests/tst_<name>.cpp (plus any extra sources) into the executable tst_<name>, links it
 # against qt_util, QtTest and the test support headers, and registers it with CTest.
 # Tests run on the offscreen platform; X11 runs them under xvfb-run with the xcb platform
 # instead, for the few that need a real X server (label "x11"), and WAYLAND under
-# scripts/weston-run on Qt's Wayland platform (label "wayland"). ENVIRONMENT adds variables to
+# scripts/weston-run on Qt's Wayland platform (label "wayland"; SEAT gives the compositor a
+# keyboard and pointer, so that it activates the windows it maps). ENVIRONMENT adds variables to
 # the tests' common environment (QT_SCALE_FACTOR=1.5, say).
 function(qt_util_add_test)
-  cmake_parse_arguments(ARG "X11;WAYLAND" "NAME;TIMEOUT" "SOURCES;LIBS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(ARG "X11;WAYLAND;SEAT" "NAME;TIMEOUT" "SOURCES;LIBS;ENVIRONMENT" ${ARGN})
   if(NOT ARG_NAME)
     message(FATAL_ERROR "qt_util_add_test: NAME is required")
   endif()
@@ -27,20 +28,24 @@ function(qt_util_add_test)
     set(window_system X11)
   elseif(ARG_WAYLAND)
     set(window_system WAYLAND)
+    if(ARG_SEAT)
+      list(APPEND window_system SEAT)
+    endif()
   endif()
   qt_util_add_command_test(NAME ${ARG_NAME} ${window_system} TIMEOUT ${ARG_TIMEOUT}
                            COMMAND $<TARGET_FILE:${target}> ENVIRONMENT ${ARG_ENVIRONMENT})
 endfunction()
 
-# qt_util_add_command_test(NAME <name> COMMAND <command> [<arg>...] [X11 | WAYLAND]
+# qt_util_add_command_test(NAME <name> COMMAND <command> [<arg>...] [X11 | WAYLAND [SEAT]]
 #                          [TIMEOUT <seconds>] [LABELS <label>...] [ENVIRONMENT <VAR=value>...])
 #
 # Registers a command with CTest in the tests' environment: on the offscreen platform, with X11
 # under xvfb-run with the xcb platform (label "x11"), or with WAYLAND under scripts/weston-run, a
 # headless weston of its own, on Qt's Wayland platform (label "wayland"; QT_UTIL_WESTON_SCALE in
-# ctest's environment sets the compositor's output scale). ENVIRONMENT adds to that environment.
+# ctest's environment sets the compositor's output scale; SEAT runs it with a keyboard and
+# pointer, see scripts/weston-run). ENVIRONMENT adds to that environment.
 function(qt_util_add_command_test)
-  cmake_parse_arguments(ARG "X11;WAYLAND" "NAME;TIMEOUT" "COMMAND;LABELS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(ARG "X11;WAYLAND;SEAT" "NAME;TIMEOUT" "COMMAND;LABELS;ENVIRONMENT" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
@@ -50,7 +55,11 @@ function(qt_util_add_command_test)
     set(platform xcb)
     list(APPEND labels x11)
   elseif(ARG_WAYLAND)
-    add_test(NAME ${ARG_NAME} COMMAND ${PROJECT_SOURCE_DIR}/scripts/weston-run ${ARG_COMMAND})
+    set(seat)
+    if(ARG_SEAT)
+      set(seat --seat)
+    endif()
+    add_test(NAME ${ARG_NAME} COMMAND ${PROJECT_SOURCE_DIR}/scripts/weston-run ${seat} ${ARG_COMMAND})
     set(platform wayland)
     list(APPEND labels wayland)
   else()
