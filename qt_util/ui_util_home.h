@@ -5,6 +5,7 @@
 /// use (VxQtUiUtil), and the positions handed to the companion desktop application
 /// (VxTransQtUiUtil). GUI thread only. Include "base/variant/variant.h" where a call needs the
 /// handle's type complete.
+/// Per-platform results (X11, Wayland, offscreen): docs/platforms.md.
 
 #include <QPoint>
 #include <QRect>

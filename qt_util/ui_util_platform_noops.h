@@ -6,6 +6,7 @@
 /// interface is shared, so they stay here and, on Linux, do nothing or return the fixed value
 /// their documentation gives. Include \<QPixmap>, "base/variant/variant.h" or
 /// "qt_util/scheme_controller.h" where a call needs them complete.
+/// Per-platform results (X11, Wayland, offscreen): docs/platforms.md.
 
 #include <QPoint>
 #include <QRect>

@@ -8,6 +8,7 @@
 /// factor (QT_SCALE_FACTOR, fractional ones such as 1.25 and 1.5 included, on Qt 5.15 and Qt 6
 /// alike). Qt keeps each screen's top-left and divides its size by the factor. Each function
 /// below says how it rounds a fractional result; each gives the same answer on both Qt builds.
+/// Per-platform results (X11, Wayland, offscreen): docs/platforms.md.
 
 #include <QMargins>
 #include <QPoint>

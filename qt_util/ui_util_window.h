@@ -5,6 +5,7 @@
 /// per-widget record that skips redundant refreshes, clipboard images, time stamps and URLs.
 /// GUI thread only. Include \<QLocale> or "base/variant/variant.h" where a call needs them
 /// complete.
+/// Per-platform results (X11, Wayland, offscreen): docs/platforms.md.
 
 #include <QString>
 #include <string>

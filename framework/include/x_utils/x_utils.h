@@ -2,6 +2,7 @@
 
 /// @file
 /// Window-system pinning, input focus and request delivery (X11; no-ops elsewhere).
+/// Per-platform results (X11, Wayland, offscreen): docs/platforms.md.
 
 #include "talvex_framework_export.h"
 
