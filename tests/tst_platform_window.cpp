@@ -17,8 +17,6 @@
 
 namespace {
 
-X11DisplayTrap* g_trap = nullptr;
-
 // How long a window that must not become active is watched: activation arrives within a few
 // milliseconds of the compositor's configure event, which the exposure wait has already seen.
 constexpr int kStaysInactiveMs = 400;
@@ -84,11 +82,11 @@ class tst_PlatformWindow : public QObject {
 void tst_PlatformWindow::initTestCase() {
   lane_ = CurrentPlatformLane();
   QVERIFY2(lane_ != PlatformLane::kOther, "registered for offscreen and Wayland only");
-  QCOMPARE(qgetenv("DISPLAY"), g_trap->display());
+  QCOMPARE(qgetenv("DISPLAY"), CurrentX11DisplayTrap()->display());
 }
 
 void tst_PlatformWindow::cleanup() {
-  QCOMPARE(g_trap->connections(), 0);
+  QCOMPARE(CurrentX11DisplayTrap()->connections(), 0);
 }
 
 void tst_PlatformWindow::showWindow_newWindow_activeWhereTheWindowSystemActivates_data() {
@@ -238,15 +236,6 @@ void tst_PlatformWindow::bringToFront_changesNeitherActivationNorVisibility() {
   }
 }
 
-int main(int argc, char** argv) {
-  // Made before the application, so that DISPLAY is set from the start, as in a session.
-  X11DisplayTrap trap;
-  qputenv("DISPLAY", trap.display());
-  g_trap = &trap;
-  QApplication app(argc, argv);
-  tst_PlatformWindow test;
-  QTEST_SET_MAIN_SOURCE_PATH
-  return QTest::qExec(&test, argc, argv);
-}
+QTU_TEST_MAIN_WITH_X11_TRAP(tst_PlatformWindow)
 
 #include "tst_platform_window.moc"

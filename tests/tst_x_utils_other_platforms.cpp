@@ -11,23 +11,18 @@
 #include "support/x11_display_trap.h"
 #include "x_utils/x_utils.h"
 
-namespace {
-// Made before the application, so that DISPLAY is set from the start, as in a session.
-X11DisplayTrap* g_trap = nullptr;
-}  // namespace
-
 class tst_XUtilsOtherPlatforms : public QObject {
   Q_OBJECT
 
  private slots:
   void initTestCase() {
     QVERIFY(QGuiApplication::platformName() != QStringLiteral("xcb"));
-    QVERIFY2(!g_trap->display().isEmpty(), "no socket for the trap display");
-    QCOMPARE(qgetenv("DISPLAY"), g_trap->display());
+    QVERIFY2(!CurrentX11DisplayTrap()->display().isEmpty(), "no socket for the trap display");
+    QCOMPARE(qgetenv("DISPLAY"), CurrentX11DisplayTrap()->display());
   }
 
   // Each function ends with the proof that nothing talked to the X display.
-  void cleanup() { QCOMPARE(g_trap->connections(), 0); }
+  void cleanup() { QCOMPARE(CurrentX11DisplayTrap()->connections(), 0); }
 
   void setStayOnTop_isAHarmlessNoOp() {
     QWidget shown;
@@ -85,14 +80,6 @@ class tst_XUtilsOtherPlatforms : public QObject {
   }
 };
 
-int main(int argc, char** argv) {
-  X11DisplayTrap trap;
-  qputenv("DISPLAY", trap.display());
-  g_trap = &trap;
-  QApplication app(argc, argv);
-  tst_XUtilsOtherPlatforms test;
-  QTEST_SET_MAIN_SOURCE_PATH
-  return QTest::qExec(&test, argc, argv);
-}
+QTU_TEST_MAIN_WITH_X11_TRAP(tst_XUtilsOtherPlatforms)
 
 #include "tst_x_utils_other_platforms.moc"

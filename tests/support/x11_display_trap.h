@@ -80,3 +80,22 @@ class X11DisplayTrap {
   std::atomic<int> connections_{0};
   std::thread acceptor_;
 };
+
+// The trap of the running suite, made by QTU_TEST_MAIN_WITH_X11_TRAP.
+inline X11DisplayTrap*& CurrentX11DisplayTrap() {
+  static X11DisplayTrap* trap = nullptr;
+  return trap;
+}
+
+// main() of a QtTest suite whose process has DISPLAY set to a trap from its start, as in a
+// session that also offers an X display; the suite asks CurrentX11DisplayTrap() for it.
+#define QTU_TEST_MAIN_WITH_X11_TRAP(TestObject) \
+  int main(int argc, char** argv) {             \
+    X11DisplayTrap trap;                        \
+    qputenv("DISPLAY", trap.display());         \
+    CurrentX11DisplayTrap() = &trap;            \
+    QApplication app(argc, argv);               \
+    TestObject test;                            \
+    QTEST_SET_MAIN_SOURCE_PATH                  \
+    return QTest::qExec(&test, argc, argv);     \
+  }
