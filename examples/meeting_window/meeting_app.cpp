@@ -135,8 +135,18 @@ void PrintRoundFigures(int round, int mismatches, const Figures& in_meeting, con
   std::fflush(stdout);
 }
 
-int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log, const QString& out_dir,
-              int rounds, const Harness& harness) {
+// How the scripted run is played: where its screenshots go, how many rounds, and whether the
+// window system leaves every window inactive.
+struct ScriptOptions {
+  QString out_dir;
+  int rounds = 1;
+  bool seatless = false;
+};
+
+int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log,
+              const ScriptOptions& options, const Harness& harness) {
+  const QString& out_dir = options.out_dir;
+  const int rounds = options.rounds;
   int failed_rounds = 0;
   for (int round = 1; round <= rounds; ++round) {
     // Every round starts as the first did: light theme, a fresh window, an empty record.
@@ -150,6 +160,7 @@ int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log, const Q
       std::unique_ptr<Scenario> scenario =
           harness.make_scenario ? harness.make_scenario(window, out_dir, log, round)
                                 : std::make_unique<Scenario>(window, out_dir, log, round);
+      scenario->SetSeatless(options.seatless);
       mismatches = scenario->Run();
       in_meeting = TakeFigures();
     }
@@ -165,8 +176,7 @@ int RunScript(example_theme::JsonThemeManager* engine, LogRecorder& log, const Q
   return failed_rounds == 0 ? 0 : 1;
 }
 
-int Run(QApplication& app, bool script, int rounds, const QString& out_dir,
-        const Harness& harness) {
+int Run(QApplication& app, bool script, const ScriptOptions& options, const Harness& harness) {
   // In a scenario the log is recorded from the start, so that the library's start-up lines
   // are checked too; level 6 keeps the hooker's click records.
   std::unique_ptr<LogRecorder> log;
@@ -174,7 +184,7 @@ int Run(QApplication& app, bool script, int rounds, const QString& out_dir,
 
   example_theme::JsonThemeManager* engine = StartLibrary();
   if (!engine) return 2;
-  if (script) return RunScript(engine, *log, out_dir, rounds, harness);
+  if (script) return RunScript(engine, *log, options, harness);
 
   MeetingWindow window;
   ConnectThemeButton(window, engine);
@@ -203,9 +213,14 @@ int RunMeetingApp(int argc, char** argv, const Harness& harness) {
                      "window, and print the process's figures after each (screenshots are "
                      "saved in the first round only)."),
       QStringLiteral("rounds"), QStringLiteral("1"));
+  const QCommandLineOption seatless_option(
+      QStringLiteral("no-seat"),
+      QStringLiteral("With --script on Wayland: the compositor has no seat (no keyboard), so it "
+                     "activates no window; expect every window to stay inactive."));
   parser.addOption(script_option);
   parser.addOption(out_option);
   parser.addOption(repeat_option);
+  parser.addOption(seatless_option);
   parser.process(app);
   bool rounds_ok = false;
   const int rounds = parser.value(repeat_option).toInt(&rounds_ok);
@@ -214,8 +229,8 @@ int RunMeetingApp(int argc, char** argv, const Harness& harness) {
     return 2;
   }
 
-  const int status =
-      Run(app, parser.isSet(script_option), rounds, parser.value(out_option), harness);
+  const ScriptOptions options{parser.value(out_option), rounds, parser.isSet(seatless_option)};
+  const int status = Run(app, parser.isSet(script_option), options, harness);
   // The helper singletons (theme, monitor) go before the application, as a client ends them.
   base::EndSingletonScope();
   return status;

@@ -27,8 +27,8 @@ struct Harness {
   std::function<QString()> more_figures;
 };
 
-/// The whole program: `qt_util_meeting [--script [--repeat N] [--out DIR]]`. Returns the
-/// process's exit status.
+/// The whole program: `qt_util_meeting [--script [--repeat N] [--out DIR] [--no-seat]]`. Returns
+/// the process's exit status.
 int RunMeetingApp(int argc, char** argv, const Harness& harness = {});
 
 }  // namespace meeting

@@ -198,7 +198,9 @@ QDialog* MeetingWindow::OpenInfoDialog() {
   VxQtUiUtil::CenterToWidget(dialog, this);
   info_dialog_centred_at_ = dialog->pos();
   // move() places the frame, so the frame is what must stay on screen.
-  dialog->move(VxQtUiUtil::CorrectRect(dialog->frameGeometry(), PopupMargins()).topLeft());
+  info_dialog_asked_at_ =
+      VxQtUiUtil::CorrectRect(dialog->frameGeometry(), PopupMargins()).topLeft();
+  dialog->move(info_dialog_asked_at_);
   TrackPanel(dialog);
   info_dialog_ = dialog;
   dialog->open();

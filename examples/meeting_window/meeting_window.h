@@ -57,6 +57,10 @@ class MeetingWindow : public QWidget {
   QDialog* InfoDialog() const { return info_dialog_; }
   /// Where the dialog was centred before it was kept on screen (global coordinates).
   QPoint InfoDialogCentredAt() const { return info_dialog_centred_at_; }
+  /// Where the window asked the dialog's frame to go once kept on screen (global coordinates).
+  /// On Wayland the compositor places the dialog and Qt reports another place, so this is the
+  /// only record of the request.
+  QPoint InfoDialogAskedAt() const { return info_dialog_asked_at_; }
   /// Margins kept between pop-ups and the edges of the screen's work area.
   static QMargins PopupMargins() { return QMargins(16, 16, 16, 16); }
 
@@ -114,6 +118,7 @@ class MeetingWindow : public QWidget {
   bool sharing_ = false;
   QPointer<QDialog> info_dialog_;
   QPoint info_dialog_centred_at_;
+  QPoint info_dialog_asked_at_;
   QPointer<QWidget> mini_window_;
 };
 

@@ -56,6 +56,11 @@ class Scenario {
   Scenario(const Scenario&) = delete;
   Scenario& operator=(const Scenario&) = delete;
 
+  /// On Wayland: the compositor has no seat, so it gives no window the keyboard focus and no
+  /// window is ever active (a desktop session's compositor has one and activates each window
+  /// it maps). Elsewhere it changes nothing.
+  void SetSeatless(bool seatless) { seatless_ = seatless; }
+
   /// Runs every step; returns the number of mismatches.
   int Run();
 
@@ -74,6 +79,12 @@ class Scenario {
   void Step(const QString& name, const std::function<void()>& body);
   void ExpectLogged(size_t mark, const QString& prefix);
   void ExpectQtMessage(size_t mark, const QString& text);
+  // Expects `window` active (waiting for the window system) or, where `active` is false, still
+  // inactive once it is exposed and the window system had its time to activate it.
+  void ExpectActive(QWidget* window, bool active, const QString& what);
+  // Whether the window system activates the windows it maps: everywhere but on a Wayland
+  // compositor without a seat.
+  bool Activates() const { return !(wayland_ && seatless_); }
   // Compares every tile's last report with what Qt says about the tile and its window, once
   // the reports have settled, and expects `visible` tiles reported visible.
   void CheckTiles(int visible);
@@ -100,6 +111,9 @@ class Scenario {
   QString out_dir_;
   LogRecorder& log_;
   int round_;
+  // Qt runs on Wayland: the compositor, not the client, places and activates windows.
+  bool wayland_;
+  bool seatless_ = false;
   int step_ = 0;
   QString step_name_;
   int mismatches_ = 0;

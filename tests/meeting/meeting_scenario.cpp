@@ -1,6 +1,8 @@
 // The meeting window's scenario with what a client cannot do on its own: a virtual screen
 // plugged in and out (the screen observer's reports and the header that follows them), and on
 // X11 a second client on the root window that sees the keep-above request of the mini window.
+// The virtual screen enters through Qt's window-system interface, so it plugs in on every
+// platform, Wayland included; the root-window watcher is X11's alone.
 // Every other step and observation is the program's own (examples/meeting_window). With
 // --repeat N each round's line of figures also carries the process's live QObjects as Qt's
 // object hooks count them.
@@ -92,6 +94,9 @@ class HarnessScenario : public meeting::Scenario {
     watcher_.reset();
     if (QGuiApplication::platformName() == QLatin1String("xcb")) {
       watcher_ = std::make_unique<test_support::RootWatcher>();
+    } else if (QGuiApplication::platformName() == QLatin1String("wayland")) {
+      Say("  no watcher of the keep-above request: Wayland has no root window a second client "
+          "could watch, and no keep-above for a client to ask for");
     }
   }
 
