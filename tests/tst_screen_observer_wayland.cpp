@@ -1,0 +1,74 @@
+// The screen observer on Qt's Wayland platform, under a real compositor (scripts/weston-run).
+//
+// A Wayland client can neither plug outputs in nor change their work area: the compositor owns
+// both, and a headless compositor changes neither during a run. What the client does meet is
+// its connection announcing the outputs and a window being mapped on one; neither may come out
+// as a change. A change Qt does report for the compositor's screen is passed on as on X11.
+// Wayland has no work area: the available geometry is the whole output.
+#include <QGuiApplication>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QWidget>
+#include <QtTest>
+
+#include "qt_util/event_handler/screen_observer.h"
+
+class tst_ScreenObserverWayland : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void initTestCase() {
+    qRegisterMetaType<QScreen*>();
+    QCOMPARE(QGuiApplication::platformName(), QStringLiteral("wayland"));
+    QCOMPARE(QGuiApplication::screens().size(), 1);
+  }
+
+  void mappingAWindow_emitsNothing() {
+    QtScreenObserver observer;
+    QSignalSpy list(&observer, &QtScreenObserver::OnScreenListChanged);
+    QSignalSpy geometry(&observer, &QtScreenObserver::OnScreenGeometryChanged);
+    QSignalSpy primary(&observer, &QtScreenObserver::OnPrimaryScreenChanged);
+    QWidget window;
+    window.resize(300, 200);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QCoreApplication::processEvents();
+    QCOMPARE(list.count(), 0);
+    QCOMPARE(geometry.count(), 0);
+    QCOMPARE(primary.count(), 0);
+  }
+
+  void workArea_isTheWholeOutput() {
+    QScreen* screen = QGuiApplication::primaryScreen();
+    QVERIFY(screen);
+    QCOMPARE(screen->availableGeometry(), screen->geometry());
+  }
+
+  void compositorScreensChange_isRelayedWithThatScreen() {
+    QScreen* screen = QGuiApplication::primaryScreen();
+    QtScreenObserver observer;
+    QSignalSpy geometry(&observer, &QtScreenObserver::OnScreenGeometryChanged);
+    // The compositor cannot be told to change its output from here; this is the signal Qt
+    // emits when it does.
+    const QRect changed(0, 0, 1280, 984);
+    emit screen->availableGeometryChanged(changed);
+    QCOMPARE(geometry.count(), 1);
+    QCOMPARE(geometry.at(0).at(0).value<QScreen*>(), screen);
+    QCOMPARE(geometry.at(0).at(1).toRect(), changed);
+  }
+
+  void destroyedObserver_isNoLongerCalled() {
+    QScreen* screen = QGuiApplication::primaryScreen();
+    auto* observer = new QtScreenObserver;
+    int calls = 0;
+    connect(observer, &QtScreenObserver::OnScreenGeometryChanged, [&] { ++calls; });
+    emit screen->availableGeometryChanged(screen->geometry());
+    QCOMPARE(calls, 1);
+    delete observer;
+    emit screen->availableGeometryChanged(screen->geometry());
+    QCOMPARE(calls, 1);
+  }
+};
+
+QTEST_MAIN(tst_ScreenObserverWayland)
+#include "tst_screen_observer_wayland.moc"
