@@ -1,4 +1,4 @@
-// The screen observer on Qt's Wayland platform, under a real compositor (scripts/weston-run).
+// The screen observers on Qt's Wayland platform, under a real compositor (scripts/weston-run).
 //
 // A Wayland client can neither plug outputs in nor change their work area: the compositor owns
 // both, and a headless compositor changes neither during a run. What the client does meet is
@@ -11,6 +11,7 @@
 #include <QWidget>
 #include <QtTest>
 
+#include "qt_util/event_handler/monitor_event_observer.h"
 #include "qt_util/event_handler/screen_observer.h"
 
 class tst_ScreenObserverWayland : public QObject {
@@ -36,6 +37,24 @@ class tst_ScreenObserverWayland : public QObject {
     QCOMPARE(list.count(), 0);
     QCOMPARE(geometry.count(), 0);
     QCOMPARE(primary.count(), 0);
+  }
+
+  // The platform layer announces display changes; on Wayland as elsewhere the observer never
+  // emits on its own.
+  void monitorEventObserver_emitsNothingOnItsOwn() {
+    MonitorEventObserver observer;
+    observer.EnableAsyn(false, 0);
+    QSignalSpy display(&observer, &MonitorEventObserver::NotifyDisplayChange);
+    QSignalSpy dpi(&observer, &MonitorEventObserver::NotifyDpiChanged);
+    QSignalSpy work_area(&observer, &MonitorEventObserver::NotifySettingWorkAreaChange);
+    QWidget window;
+    window.resize(300, 200);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QScreen* screen = QGuiApplication::primaryScreen();
+    emit screen->availableGeometryChanged(screen->availableGeometry());
+    QCoreApplication::processEvents();
+    QCOMPARE(display.count() + dpi.count() + work_area.count(), 0);
   }
 
   void workArea_isTheWholeOutput() {
