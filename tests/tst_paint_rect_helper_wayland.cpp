@@ -14,6 +14,7 @@
 #include <QMouseEvent>
 #include <QWidget>
 #include <QtTest>
+#include <memory>
 
 #include "qt_util/paint_rect_helper.h"
 #include "support/paint_rect_meeting.h"
@@ -76,6 +77,7 @@ class tst_PaintRectHelperWayland : public QObject {
   void mousePress_withHideOnMousePress();
   void hiddenAndShownAgain_reportsBoth();
   void minimised_isNotPaintable();
+  void anotherWindowActivated_clientCannotTakeActivationBack();
   void boundWidgetDestroyed_reportsFalseOnce();
 };
 
@@ -184,6 +186,39 @@ void tst_PaintRectHelperWayland::minimised_isNotPaintable() {
   QCOMPARE(meeting.recorder.Last().rect, kTileInWindow);
   // Only a tile that was paintable has something to report.
   QCOMPARE(meeting.recorder.Count(), CompositorHasSeat() ? 2 : 1);
+}
+
+void tst_PaintRectHelperWayland::anotherWindowActivated_clientCannotTakeActivationBack() {
+  Meeting meeting;
+  QCOMPARE(meeting.Show(), CompositorHasSeat());
+  meeting.Bind(kDefault);
+  auto other = std::make_unique<QWidget>();
+  other->resize(200, 100);
+  other->show();
+  QVERIFY(QTest::qWaitForWindowExposed(other.get()));
+  QWidget* top = meeting.window.get();
+  // With a seat the compositor activates the new window, and the tile goes as it does on X11.
+  QTRY_COMPARE(meeting.recorder.Count(), CompositorHasSeat() ? 2 : 1);
+  QVERIFY(!top->isActiveWindow());
+  QVERIFY(!meeting.recorder.Last().visible);
+
+  // On X11 this brings the window back and the tile with it. Here it is a request the
+  // compositor does not grant: the tile stays not paintable.
+  meeting.window->activateWindow();
+  QVERIFY(!QTest::qWaitFor([top] { return top->isActiveWindow(); }, 500));
+  QCOMPARE(meeting.recorder.Count(), CompositorHasSeat() ? 2 : 1);
+  QVERIFY(!meeting.recorder.Last().visible);
+
+  // Closing the other window: a compositor with a seat gives the focus back to the meeting.
+  other.reset();
+  if (CompositorHasSeat()) {
+    QTRY_VERIFY(top->isActiveWindow());
+    QTRY_COMPARE(meeting.recorder.Count(), 3);
+    QVERIFY(meeting.recorder.Last().visible);
+  } else {
+    QVERIFY(!QTest::qWaitFor([top] { return top->isActiveWindow(); }, 500));
+    QCOMPARE(meeting.recorder.Count(), 1);
+  }
 }
 
 void tst_PaintRectHelperWayland::boundWidgetDestroyed_reportsFalseOnce() {
