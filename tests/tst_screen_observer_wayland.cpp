@@ -38,6 +38,7 @@ class tst_ScreenObserverWayland : public QObject {
     qRegisterMetaType<QScreen*>();
     QCOMPARE(QGuiApplication::platformName(), QStringLiteral("wayland"));
     QCOMPARE(QGuiApplication::screens().size(), 1);
+    QCOMPARE(QGuiApplication::primaryScreen(), QGuiApplication::screens().constFirst());
   }
 
   void mappingAWindow_emitsNothing_fromEitherObserver() {
