@@ -2,6 +2,8 @@
 
 /// @file
 /// QTImageUtils, pixmap utilities.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QPixmap>
 #include <QString>

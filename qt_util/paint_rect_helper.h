@@ -2,6 +2,8 @@
 
 /// @file
 /// QTPaintRectHelper, where a bound widget really is on screen and whether it may be painted.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QEvent>
 #include <QList>

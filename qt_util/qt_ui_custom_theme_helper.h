@@ -3,6 +3,8 @@
 /// @file
 /// QTUICustomThemeHelper and ICustomThemeManager: theme colours, themed resource paths and
 /// style sheets from the client's theme engine.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QColor>
 #include <QObject>

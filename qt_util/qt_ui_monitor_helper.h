@@ -2,6 +2,8 @@
 
 /// @file
 /// QTUIMonitorHelper, the registry of the widgets laid over the meeting window.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QMap>
 #include <QObject>

@@ -12,6 +12,8 @@
 /// which includes Qt's own scale factor (QT_SCALE_FACTOR): a window shown on a screen of ratio
 /// 1 under QT_SCALE_FACTOR=1.5 has ratio 1.5. For a window that is not created yet, Qt 5.15
 /// gives the largest ratio of all screens and Qt 6 the ratio of the screen the window is on.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QSize>
 #include <QString>

@@ -4,6 +4,8 @@
 /// VxQtUiUtil's style sheets and accessibility keys: loading a style sheet file onto a widget,
 /// with the theme helper allowed to veto it, and stamping widgets and list items with the keys
 /// the client's UI automation finds them by. GUI thread only.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QString>
 

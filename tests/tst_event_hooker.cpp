@@ -1,5 +1,6 @@
 #include <QAbstractButton>
 #include <QCursor>
+#include <QGuiApplication>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QToolButton>
@@ -249,8 +250,11 @@ class tst_EventHooker : public QObject {
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QCursor::setPos(QPoint(37, 45));
+    // Wayland lets a client neither move the cursor nor read its global position: there Qt
+    // answers (0, 0), and the line carries that.
+    const bool wayland = QGuiApplication::platformName() == QLatin1String("wayland");
     const QPoint cursor = QCursor::pos();
-    QCOMPARE(cursor, QPoint(37, 45));
+    QCOMPARE(cursor, wayland ? QPoint(0, 0) : QPoint(37, 45));
     LogCapture capture(6);
     QTest::mousePress(button, Qt::LeftButton);
     const std::string expected = "Click Widget Stack okButton ,accessibleName:Confirm, pos={" +

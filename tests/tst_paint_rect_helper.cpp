@@ -21,40 +21,14 @@
 
 #include "qt_util/custom_event_util.h"
 #include "qt_util/paint_rect_helper.h"
+#include "support/paint_rect_meeting.h"
 
 namespace {
 
-struct Report {
-  QWidget* widget;
-  bool visible;
-  QRect rect;
-};
+using Report = test_support::PaintReport;
+using Recorder = test_support::PaintRecorder;
 
-// Every report a helper makes, in order.
-struct Recorder {
-  std::vector<Report> reports;
-
-  QTPaintRectHelper::Callback Callback() {
-    return [this](QWidget* widget, bool visible, QRect rect) {
-      reports.push_back({widget, visible, rect});
-    };
-  }
-  int Count() const { return int(reports.size()); }
-  const Report& Last() const { return reports.back(); }
-};
-
-// A meeting window with a panel holding one video tile: window > panel > tile.
-struct Meeting {
-  std::unique_ptr<QWidget> window = std::make_unique<QWidget>();
-  QWidget* panel;
-  QWidget* tile;
-
-  Meeting() : panel(new QWidget(window.get())), tile(new QWidget(panel)) {
-    window->setGeometry(100, 80, 640, 480);
-    panel->setGeometry(20, 30, 400, 300);
-    tile->setGeometry(5, 6, 160, 90);
-  }
-
+struct Meeting : test_support::MeetingTile {
   // Shows and activates the window; false when the platform did not activate it.
   bool ShowActive() {
     window->show();

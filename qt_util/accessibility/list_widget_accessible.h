@@ -2,6 +2,8 @@
 
 /// @file
 /// Accessibility for list widgets whose rows carry item widgets.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QAccessibleInterface>
 #include <QAccessibleWidget>

@@ -2,6 +2,8 @@
 
 /// @file
 /// EventHooker, the application-wide event filter with one replaceable callback.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QObject>
 #include <functional>

@@ -2,6 +2,8 @@
 
 /// @file
 /// QtEventObserver and EventObserver: one object's events, until either side dies.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QObject>
 #include <cstddef>

@@ -2,6 +2,8 @@
 
 /// @file
 /// QtScreenObserver, the application's screen changes as signals.
+///
+/// Behaviour on X11, Wayland and the offscreen platform: docs/platforms.md.
 
 #include <QObject>
 
