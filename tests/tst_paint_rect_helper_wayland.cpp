@@ -3,9 +3,9 @@
 // Two things differ from X11, and both come from the protocol, not from the helper:
 // - A client cannot activate its own window; the compositor decides. Run without a seat
 //   (no keyboard), weston never activates anything, so with CheckTopWindowState every tile is
-//   reported not paintable. Run with a seat (QT_UTIL_WESTON_SEAT=1, which also tells
-//   scripts/weston-run to give the compositor one), its desktop shell activates the window it
-//   maps and the tile is paintable, as on X11.
+//   reported not paintable. Run with a seat (scripts/weston-run --seat, which sets
+//   QT_UTIL_WESTON_SEAT=1), its desktop shell activates the window it maps and the tile is
+//   paintable, as on X11.
 // - A client never learns where its window is on the screen: mapToGlobal() maps through the
 //   window's origin, which stays at (0, 0). The reported rectangle is therefore the widget's
 //   position inside its window, and moving the window changes nothing the helper can see.
@@ -18,12 +18,13 @@
 
 #include "qt_util/paint_rect_helper.h"
 #include "support/paint_rect_meeting.h"
+#include "support/platform_lane.h"
 
 namespace {
 
 // Whether the compositor of this run has a seat and so activates the windows it maps.
 bool CompositorHasSeat() {
-  return qEnvironmentVariable("QT_UTIL_WESTON_SEAT") == QLatin1String("1");
+  return CurrentPlatformLane() == PlatformLane::kWaylandSeat;
 }
 
 // The meeting window shown, and its tile bound to a recording helper once Show() returned.

@@ -2,8 +2,8 @@
 
 // The window system a suite registered on several platforms runs on, and what it does with the
 // windows a client shows, for choosing that suite's expectations. The platform is asked of Qt, as
-// the library asks it. Whether a Wayland compositor has a seat is told by the registration
-// (QT_UTIL_TEST_SEAT=1 beside WAYLAND SEAT): a client has no way to ask before it shows a window.
+// the library asks it. Whether a Wayland compositor has a seat is told by scripts/weston-run
+// (QT_UTIL_WESTON_SEAT=1): a client has no way to ask before it shows a window.
 #include <QGuiApplication>
 #include <QString>
 #include <QtGlobal>
@@ -14,7 +14,7 @@ inline PlatformLane CurrentPlatformLane() {
   const QString name = QGuiApplication::platformName();
   if (name == QStringLiteral("offscreen")) return PlatformLane::kOffscreen;
   if (name != QStringLiteral("wayland")) return PlatformLane::kOther;
-  return qEnvironmentVariableIntValue("QT_UTIL_TEST_SEAT") == 1 ? PlatformLane::kWaylandSeat
+  return qEnvironmentVariableIntValue("QT_UTIL_WESTON_SEAT") == 1 ? PlatformLane::kWaylandSeat
                                                                 : PlatformLane::kWayland;
 }
 
