@@ -15,7 +15,7 @@ inline PlatformLane CurrentPlatformLane() {
   if (name == QStringLiteral("offscreen")) return PlatformLane::kOffscreen;
   if (name != QStringLiteral("wayland")) return PlatformLane::kOther;
   return qEnvironmentVariableIntValue("QT_UTIL_WESTON_SEAT") == 1 ? PlatformLane::kWaylandSeat
-                                                                : PlatformLane::kWayland;
+                                                                  : PlatformLane::kWayland;
 }
 
 inline bool IsWaylandLane(PlatformLane lane) {
