@@ -2,6 +2,7 @@
 
 /// @file
 /// Custom events of the client and the dispatcher that defers work to the Qt event loop.
+/// Per-platform results (X11, Wayland, offscreen): docs/platforms.md.
 //
 // Every event-type number below is taken from QEvent::registerEventType while the library
 // loads, so all modules of the client agree on them without passing them around.

@@ -18,6 +18,8 @@
 #include "scheme/controller_manager.h"
 #include "support/platform_lane.h"
 #include "talvex_common/utils/home_page.h"
+#include "ui/dpi_helper.h"
+#include "ui/ui_helper.h"
 
 namespace {
 
@@ -106,12 +108,16 @@ void tst_PlatformScreen::dpi_isTheOutputScale() {
   QCOMPARE(VxQtUiUtil::GetDPIScale(), float(scale_));
   QCOMPARE(VxQtUiUtil::GetWidgetScreenDPI(&window), float(scale_));
   QCOMPARE(VxQtUiUtil::GetWidgetScreenDPI(nullptr), float(scale_));
+  // The framework's own answers, which the client may call directly.
+  QCOMPARE(DPIHelper::GetStartUpDPI(), float(scale_));
+  QCOMPARE(DPIHelper::GetWidgetScreenDPI(&window), float(scale_));
 }
 
 void tst_PlatformScreen::translatePoint_scalesFromTheScreenOrigin() {
   const QPoint native = VxQtUiUtil::TranslatePointFromQt(QPoint(100, 50));
   QCOMPARE(native, QPoint(100 * scale_, 50 * scale_));
   QCOMPARE(VxQtUiUtil::QPointFromNative(native), QPoint(100, 50));
+  QCOMPARE(UIHelper::QPointFromNative(native), QPoint(100, 50));
   QCOMPARE(VxQtUiUtil::TranslatePointFromQt(screen().bottomRight() + QPoint(1, 1)), QPoint(0, 0));
 }
 

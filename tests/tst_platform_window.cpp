@@ -11,6 +11,7 @@
 #include <QWindow>
 #include <QtTest>
 
+#include "qt_util/custom_event_util.h"
 #include "qt_util/ui_util_window.h"
 #include "support/platform_lane.h"
 #include "support/x11_display_trap.h"
@@ -69,6 +70,7 @@ class tst_PlatformWindow : public QObject {
   void showWindow_newWindow_activeWhereTheWindowSystemActivates_data();
   void showWindow_newWindow_activeWhereTheWindowSystemActivates();
   void showWindow_anotherWindowActive_reactivatesOnlyWhereTheClientMay();
+  void activateWidgetLater_anotherWindowActive_asksOnlyWhereTheClientMay();
   void setupToolWindow_shown_framelessAndActivatedLikeAnyWindow();
   void setupTopMost_shownWindow_remappedWithTheHintOnly();
   void setupTopMost_withoutShow_hidesAShownWindow();
@@ -82,6 +84,7 @@ class tst_PlatformWindow : public QObject {
 void tst_PlatformWindow::initTestCase() {
   lane_ = CurrentPlatformLane();
   QVERIFY2(lane_ != PlatformLane::kOther, "registered for offscreen and Wayland only");
+  QVERIFY(CustomEventUtils::InitCustomEventHandler());
   QCOMPARE(qgetenv("DISPLAY"), CurrentX11DisplayTrap()->display());
 }
 
@@ -134,6 +137,35 @@ void tst_PlatformWindow::showWindow_anotherWindowActive_reactivatesOnlyWhereTheC
       break;
     case PlatformLane::kWaylandSeat:
       QVERIFY(CompositorKeepsOneActive(first, second));
+      break;
+    default:
+      QVERIFY(StaysInactive(first));
+      QVERIFY(!second.isActiveWindow());
+      break;
+  }
+}
+
+// The deferred activation asks Qt the same way, from the event loop, with the same outcomes: the
+// request reaches the window system (Qt 5's Wayland plugin answers it with its warning), and only
+// the offscreen platform honours it.
+void tst_PlatformWindow::activateWidgetLater_anotherWindowActive_asksOnlyWhereTheClientMay() {
+  QWidget first;
+  QVERIFY(ShowPlain(first));
+  QWidget second;
+  QVERIFY(ShowPlain(second));
+  if (ActivatesWhatItMaps(lane_)) QTRY_VERIFY(second.isActiveWindow());
+
+  ExpectActivationRefusal(lane_);
+  CustomEventUtils::ActivateWidgetLater(&first);
+  switch (lane_) {
+    case PlatformLane::kOffscreen:
+      QVERIFY(!first.isActiveWindow());  // deferred, not done on the spot
+      QTRY_VERIFY(first.isActiveWindow());
+      break;
+    case PlatformLane::kWaylandSeat:
+      QVERIFY(CompositorKeepsOneActive(first, second));
+      // Lets the request through the event loop, whose warning the refusal expects.
+      QTest::qWait(kStaysInactiveMs);
       break;
     default:
       QVERIFY(StaysInactive(first));

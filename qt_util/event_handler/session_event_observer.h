@@ -2,6 +2,7 @@
 
 /// @file
 /// SessionEventObserver, session lock and unlock as a signal.
+/// Per-platform results (X11, Wayland, offscreen): docs/platforms.md.
 
 #include <QObject>
 #include <functional>

@@ -2,6 +2,7 @@
 
 /// @file
 /// DPIHelper, start-up and per-widget scale factors.
+/// Per-platform results (X11, Wayland, offscreen): docs/platforms.md.
 
 #include "talvex_framework_export.h"
 

@@ -2,6 +2,7 @@
 
 /// @file
 /// UIHelper, native to Qt point conversion.
+/// Per-platform results (X11, Wayland, offscreen): docs/platforms.md.
 
 #include "talvex_framework_export.h"
 
